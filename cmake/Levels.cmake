@@ -1,0 +1,35 @@
+# The library is built as one object library per level of the include map (docs/architecture.md). A unit test links
+# the levels up to its own, so a call that runs against the arrows does not link.
+#
+# Level 0 comes in two: platform and usbserial do not know each other, and tests put a scripted bridge in the place
+# of usbserial.
+set(CORVANE_LEVELS platform usbserial 1 2 3 4 5 6)
+foreach(level IN LISTS CORVANE_LEVELS)
+  set(target corvane_level_${level})
+  add_library(${target} OBJECT)
+  target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/level.cpp)
+  target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${target} PRIVATE corvane_options)
+endforeach()
+
+# corvane_sources(LEVEL file...) adds files of the calling folder to a level.
+function(corvane_sources level)
+  list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  target_sources(corvane_level_${level} PRIVATE ${ARGN})
+endfunction()
+
+# corvane_link_levels(TARGET LEVEL [SCRIPTED_BRIDGE]) links levels 0 to LEVEL into a target. With SCRIPTED_BRIDGE the
+# target brings its own FT_* functions and usbserial stays out.
+function(corvane_link_levels target top)
+  cmake_parse_arguments(arg "SCRIPTED_BRIDGE" "" "" ${ARGN})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${target} PRIVATE corvane_level_platform Threads::Threads ${CMAKE_DL_LIBS})
+  if(NOT arg_SCRIPTED_BRIDGE)
+    target_link_libraries(${target} PRIVATE corvane_level_usbserial PkgConfig::LIBUSB)
+  endif()
+  foreach(level RANGE 1 ${top})
+    if(level GREATER 0 AND NOT level GREATER top)
+      target_link_libraries(${target} PRIVATE corvane_level_${level})
+    endif()
+  endforeach()
+endfunction()

@@ -1,0 +1,1 @@
+// Keeps a level's object library non-empty while it holds headers only.
