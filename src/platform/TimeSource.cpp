@@ -1,9 +1,8 @@
 #include "platform/TimeSource.h"
 
-#include <time.h>
-
 #include <atomic>
 #include <cerrno>
+#include <ctime>
 
 namespace corvane {
 namespace {

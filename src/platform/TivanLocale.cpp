@@ -4,25 +4,17 @@ namespace {
 
 constexpr auto kNone = static_cast<locale_t>(nullptr);
 
+/// Made once and kept: the scopes inside are short and many.
+locale_t CLocale() {
+  static const locale_t locale = newlocale(LC_ALL_MASK, "C", kNone);
+  return locale;
+}
+
 }  // namespace
 
-TivanLocale::TivanLocale() : mCNumeric(kNone), mPrevious(kNone) {
-  locale_t copy = duplocale(uselocale(kNone));
-  if (copy == kNone) {
-    return;
-  }
-  mCNumeric = newlocale(LC_NUMERIC_MASK, "C", copy);
-  if (mCNumeric == kNone) {
-    freelocale(copy);
-    return;
-  }
-  mPrevious = uselocale(mCNumeric);
+TivanLocale::TivanLocale() : mPrevious(uselocale(CLocale())) {
 }
 
 TivanLocale::~TivanLocale() {
-  if (mCNumeric == kNone) {
-    return;
-  }
   uselocale(mPrevious);
-  freelocale(mCNumeric);
 }

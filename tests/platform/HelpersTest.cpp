@@ -1,0 +1,151 @@
+// Strings, memory, host, file copy, debug output and tick count.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "platform/DebugOutput.h"
+#include "platform/FileCopy.h"
+#include "platform/GlobalMemory.h"
+#include "platform/HostSystem.h"
+#include "platform/TickCount.h"
+#include "platform/TivanStrings.h"
+#include "support/FakeTime.h"
+#include "support/TemporaryDirectory.h"
+
+namespace {
+
+struct Free {
+  void operator()(void* block) const { std::free(block); }
+};
+
+TEST(Strings, LettersFoldInAsciiOnlyAndCompareByBytes) {
+  EXPECT_EQ(0, stricmp("Wave", "wAVE"));
+  EXPECT_LT(stricmp("WAV", "wave"), 0);
+  EXPECT_LT(stricmp("_", "A"), 0) << "'_' lies between the upper and the lower case letters";
+  EXPECT_NE(0, stricmp("\xC4", "\xE4"));
+  EXPECT_GT(stricmp("\xE4", "z"), 0) << "bytes compare unsigned";
+  EXPECT_NE(0, stricmp("@[", "`{")) << "neighbours of the letters are not letters";
+  std::string text = "Tivan_e07\xE4";
+  EXPECT_STREQ("TIVAN_E07\xE4", strupr(text.data()));
+  EXPECT_STREQ("tivan_e07\xE4", strlwr(text.data()));
+}
+
+TEST(Strings, NumbersAreDecimalWhateverTheRadix) {
+  std::array<char, 12> buffer{};
+  EXPECT_STREQ("255", itoa(255, buffer.data(), 16));
+  EXPECT_STREQ("-2147483648", itoa(INT_MIN, buffer.data(), 2));
+  const std::unique_ptr<char, Free> allocated(itoa(7, nullptr, 10));
+  EXPECT_STREQ("7", allocated.get());
+}
+
+TEST(Memory, MovableBlocksAreRefused) {
+  for (const unsigned int flag : {1U, 2U, 4U, 8U, 0x42U}) {
+    EXPECT_EQ(nullptr, GlobalAlloc(flag, 100));
+  }
+}
+
+TEST(Host, NamesNeedRoomForTheirTerminator) {
+  std::array<char, 300> expected{};
+  ASSERT_EQ(0, gethostname(expected.data(), expected.size()));
+  const auto length = static_cast<unsigned int>(std::string(expected.data()).size());
+  std::string name(length + 1, '#');
+  unsigned int size = length;
+  EXPECT_EQ(0, GetComputerName(name.data(), &size));
+  EXPECT_EQ('#', name[0]);
+  size = length + 1;
+  EXPECT_EQ(1, GetComputerName(name.data(), &size));
+  EXPECT_STREQ(expected.data(), name.c_str());
+  EXPECT_EQ(length, size);
+
+  const std::string directory = std::filesystem::current_path().string();
+  const auto count = static_cast<unsigned int>(directory.size());
+  std::string text(count + 1, '#');
+  EXPECT_EQ(0U, GetCurrentDirectory(count, text.data()));
+  EXPECT_EQ(count, GetCurrentDirectory(count + 1, text.data()));
+  EXPECT_EQ(directory, text.c_str());
+}
+
+TEST(FileCopy, DropsWhiteSpaceAndDoublesTheLastCharacter) {
+  const TemporaryDirectory directory;
+  const std::string to = directory.Write("to", "an older and longer content");
+  const auto content = [&] {
+    std::ifstream stream(to, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+  };
+  const std::pair<const char*, const char*> cases[] = {{"a b\nc", "abcc"}, {"\ta\r\nb\n\n", "abb"}, {" \n", ""}};
+  for (const auto& [from, copied] : cases) {
+    EXPECT_EQ(1, CopyFile(directory.Write("from", from).c_str(), to.c_str(), true));
+    EXPECT_EQ(copied, content());
+  }
+  directory.Write("to", "old");
+  EXPECT_EQ(1, CopyFile((directory.Path() / "absent").c_str(), to.c_str(), false));
+  EXPECT_EQ("", content());
+  EXPECT_EQ(1, CopyFile(directory.Path().c_str(), to.c_str(), false)) << "a directory opens but does not read";
+  EXPECT_EQ(1, CopyFile(to.c_str(), "/absent/to", false));
+}
+
+TEST(DebugOutput, WritesTheTextAndALineEndBehindWhatWasPrintedBefore) {
+  testing::internal::CaptureStdout();
+  std::fputs("host ", stdout);
+  OutputDebugString("Send: POSITION");
+  OutputDebugString("");
+  OutputDebugString(nullptr);
+  EXPECT_EQ("host Send: POSITION\n\n", testing::internal::GetCapturedStdout());
+}
+
+TEST(DebugOutput, AClosedPipeNeitherKillsTheHostNorTakesASignalThatItHeldBack) {
+  const auto host = [] {
+    signal(SIGPIPE, SIG_DFL);
+    std::array<int, 2> ends{};
+    if (pipe(ends.data()) != 0 || dup2(ends[1], STDOUT_FILENO) < 0) {
+      std::abort();
+    }
+    close(ends[0]);
+    close(ends[1]);
+    OutputDebugString(std::string(100'000, 'x').c_str());
+    std::fflush(stdout);  // What is left would kill the host at its end.
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    raise(SIGPIPE);
+    OutputDebugString("line");
+    sigpending(&signals);
+    std::exit(sigismember(&signals, SIGPIPE) == 1 ? 7 : 1);
+  };
+  EXPECT_EXIT(host(), testing::ExitedWithCode(7), "");
+}
+
+TEST(TickCount, CountsMillisecondsFromTheWholeSecondOfItsOriginAndWraps) {
+  FakeTime time;
+  time.SetWallSeconds(1'000);
+  time.Advance(750'999);
+  InitialiseTickCount();
+  EXPECT_EQ(750U, GetTickCount()) << "the origin keeps whole seconds only";
+  time.SetWallSeconds(999);
+  EXPECT_EQ(static_cast<unsigned int>(-1'000), GetTickCount()) << "a clock set back";
+  time.AdvanceMilliseconds((std::uint64_t{1} << 32U) + 999U);
+  EXPECT_EQ(0xFFFFFFFFU, GetTickCount());
+  time.AdvanceMilliseconds(1);
+  EXPECT_EQ(0U, GetTickCount());
+}
+
+TEST(TickCount, HasAnOriginWhenTheLibraryIsLoaded) {
+  // Other tests of this program moved the origin; a program started anew has not.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(GetTickCount() < 3'600'000U ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
