@@ -1,0 +1,23 @@
+// Runs libusb's event handling on the calling thread until something that the caller waits for has happened. Used by
+// the read pipeline and the bulk OUT path. Any thread may pump; libusb lets one of them handle the events of all open
+// devices and wakes the others after each.
+#pragma once
+
+#include <libusb.h>
+
+namespace corvane {
+
+class EventPump {
+ public:
+  explicit EventPump(libusb_context* context) : mContext(context) {}
+
+  /// Handles events, or waits while another thread does, until some event was handled, `*done` is not 0, or 100 ms are
+  /// over. False when event handling has failed so often in a row that nothing is to be expected from it.
+  bool Step(int* done);
+
+ private:
+  libusb_context* mContext;
+  int mFailures = 0;
+};
+
+}  // namespace corvane

@@ -1,0 +1,37 @@
+// The devices that this library holds open, by handle. Used by BridgeLibrary and by every function that takes a
+// handle; calls under way share a device's ownership, so removing it here does not destroy it.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include "usbserial/BridgeDevice.h"
+
+namespace corvane {
+
+class HandleRegistry {
+ public:
+  struct Held {
+    FT_HANDLE handle = nullptr;
+    std::shared_ptr<BridgeDevice> device;
+  };
+
+  /// A handle that no device had before.
+  FT_HANDLE Add(std::shared_ptr<BridgeDevice> device);
+
+  /// Null when the handle names no open device.
+  std::shared_ptr<BridgeDevice> Find(FT_HANDLE handle) const;
+  std::shared_ptr<BridgeDevice> Remove(FT_HANDLE handle);
+
+  /// The open device on the entry's channel, or nulls.
+  Held FindChannel(const BridgeEntry& entry) const;
+
+ private:
+  mutable std::mutex mMutex;
+  std::uintptr_t mLast = 0;
+  std::map<FT_HANDLE, std::shared_ptr<BridgeDevice>> mDevices;
+};
+
+}  // namespace corvane

@@ -1,0 +1,286 @@
+#include "usbserial/ReadPipeline.h"
+
+#include <pthread.h>
+
+#include <chrono>
+#include <new>
+
+#include "usbserial/BulkInPayload.h"
+#include "usbserial/SignalShield.h"
+
+namespace corvane {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr milliseconds kPause{1};
+constexpr milliseconds kReapLimit{1000};
+
+constexpr std::size_t WholePackets(std::size_t length, std::size_t maxPacket) {
+  return (length + maxPacket - 1) / maxPacket * maxPacket;
+}
+
+}  // namespace
+
+ReadPipeline::ReadPipeline(libusb_context* context, libusb_device_handle* handle, std::uint8_t endpoint,
+                           std::size_t maxPacket)
+    : mContext(context), mHandle(handle), mEndpoint(endpoint), mMaxPacket(maxPacket) {
+  for (auto& slot : mSlots) {
+    slot = std::make_unique<Slot>();
+    slot->owner = this;
+    slot->transfer.reset(libusb_alloc_transfer(0));
+    if (slot->transfer == nullptr) {
+      throw std::bad_alloc();
+    }
+    slot->data = std::make_unique_for_overwrite<std::uint8_t[]>(WholePackets(kMaxRequest, maxPacket));
+  }
+}
+
+void ReadPipeline::Start() {
+  mRunning = true;
+  const SignalShield shield;
+  try {
+    mReader = std::thread(&ReadPipeline::RunReader, this);
+    mProcessor = std::thread(&ReadPipeline::RunProcessor, this);
+  } catch (...) {
+    Stop();
+    throw;
+  }
+  pthread_setname_np(mReader.native_handle(), "ft-reader");
+  pthread_setname_np(mProcessor.native_handle(), "ft-processor");
+}
+
+void ReadPipeline::Stop() {
+  {
+    const std::lock_guard lock(mMutex);
+    mRunning = false;
+    CancelInFlight();
+    mSlotFree.notify_all();
+    mRoom.notify_all();
+  }
+  libusb_interrupt_event_handler(mContext);
+  for (std::thread* const thread : {&mReader, &mProcessor}) {
+    if (thread->joinable()) {
+      thread->join();
+    }
+  }
+  Reap();
+}
+
+// Expects the mutex to be held.
+void ReadPipeline::CancelInFlight() {
+  for (const auto& slot : mSlots) {
+    if (slot != nullptr && slot->state == SlotState::kInFlight) {
+      libusb_cancel_transfer(slot->transfer.get());
+    }
+  }
+}
+
+// libusb may write into a request until it has handed it back, so one that stays away is never freed.
+void ReadPipeline::Reap() {
+  EventPump pump(mContext);
+  const auto deadline = steady_clock::now() + kReapLimit;
+  for (auto& slot : mSlots) {
+    const auto inFlight = [&] {
+      const std::lock_guard lock(mMutex);
+      return slot != nullptr && slot->state == SlotState::kInFlight;
+    };
+    while (inFlight()) {
+      if (steady_clock::now() < deadline && pump.Step(&slot->done)) {
+        continue;
+      }
+      const std::lock_guard lock(mMutex);
+      if (slot->state == SlotState::kInFlight) {
+        static_cast<void>(slot.release());
+      }
+    }
+  }
+}
+
+std::size_t ReadPipeline::Available() const {
+  const std::lock_guard lock(mMutex);
+  return mBuffer.Size();
+}
+
+std::size_t ReadPipeline::Take(std::span<std::uint8_t> out) {
+  const std::lock_guard lock(mMutex);
+  const std::size_t count = mBuffer.Take(out);
+  mRoom.notify_one();
+  return count;
+}
+
+void ReadPipeline::Discard() {
+  const std::lock_guard lock(mMutex);
+  mBuffer.Clear();
+  if (!mRunning) {
+    return;  // no request brings anything any more, and a slot may have been left to libusb
+  }
+  for (const auto& slot : mSlots) {
+    slot->discard = slot->state != SlotState::kFree;
+  }
+  // What the device sends from here on goes to later requests, so dropping all of these loses nothing new.
+  CancelInFlight();
+  mRoom.notify_one();
+}
+
+void ReadPipeline::OnCompletion(libusb_transfer* transfer) {
+  auto& slot = *static_cast<Slot*>(transfer->user_data);
+  const std::lock_guard lock(slot.owner->mMutex);
+  slot.state = SlotState::kCompleted;
+  slot.done = 1;
+}
+
+void ReadPipeline::RunReader() {
+  for (std::size_t current = 0;; current = (current + 1) % kSlots) {
+    std::unique_lock lock(mMutex);
+    Slot& slot = *mSlots[current];
+    if (!AwaitFree(lock, slot)) {
+      return;
+    }
+    if (!Submit(lock, slot)) {
+      return;
+    }
+  }
+}
+
+bool ReadPipeline::AwaitFree(std::unique_lock<std::mutex>& lock, const Slot& slot) {
+  mSlotFree.wait(lock, [&] { return !mRunning || (slot.state == SlotState::kFree && !mHalted); });
+  return mRunning;
+}
+
+// Submits under the lock, so that a purge or a stop sees the slot either free or able to be cancelled.
+bool ReadPipeline::Submit(std::unique_lock<std::mutex>& lock, Slot& slot) {
+  libusb_fill_bulk_transfer(slot.transfer.get(), mHandle, mEndpoint, slot.data.get(),
+                            static_cast<int>(WholePackets(mRequestLength, mMaxPacket)), &OnCompletion, &slot, 0);
+  slot.state = SlotState::kInFlight;
+  const int result = libusb_submit_transfer(slot.transfer.get());
+  if (result == LIBUSB_SUCCESS) {
+    return true;
+  }
+  if (result == LIBUSB_ERROR_OTHER) {
+    // Moving on to the next slot keeps the order of bytes only if the processor passes over this one too.
+    slot.transfer->status = LIBUSB_TRANSFER_CANCELLED;
+    slot.transfer->actual_length = 0;
+    slot.state = SlotState::kCompleted;
+    slot.done = 1;
+    lock.unlock();
+    libusb_interrupt_event_handler(mContext);
+    std::this_thread::sleep_for(kPause);
+    return true;
+  }
+  slot.state = SlotState::kFree;
+  lock.unlock();
+  Park();
+  return false;
+}
+
+void ReadPipeline::RunProcessor() {
+  EventPump pump(mContext);
+  for (std::size_t current = 0;; current = (current + 1) % kSlots) {
+    Slot& slot = *mSlots[current];
+    if (!AwaitCompletion(pump, slot)) {
+      return;
+    }
+    if (!Process(slot)) {
+      Park();
+      return;
+    }
+    Recycle(slot);
+  }
+}
+
+// False when there is nothing more to wait for. In order, a free slot after a stall means that every request has come
+// back: then nothing is under way that clearing the halt could harm.
+bool ReadPipeline::AwaitCompletion(EventPump& pump, Slot& slot) {
+  for (;;) {
+    bool resume = false;
+    {
+      const std::lock_guard lock(mMutex);
+      if (!mRunning) {
+        return false;
+      }
+      if (slot.state == SlotState::kCompleted) {
+        return true;
+      }
+      resume = mHalted && slot.state == SlotState::kFree;
+    }
+    if (resume ? !Resume() : !pump.Step(&slot.done)) {
+      Park();
+      return false;
+    }
+  }
+}
+
+// Hands a completed slot's data on; false when the device has failed. A purged or cancelled request is no failure: it
+// goes back to the reader.
+bool ReadPipeline::Process(Slot& slot) {
+  const libusb_transfer_status status = slot.transfer->status;
+  {
+    const std::lock_guard lock(mMutex);
+    if (status == LIBUSB_TRANSFER_STALL) {
+      mHalted = true;
+      CancelInFlight();
+    }
+    if (slot.discard) {
+      return true;
+    }
+  }
+  switch (status) {
+    case LIBUSB_TRANSFER_COMPLETED:
+    case LIBUSB_TRANSFER_CANCELLED:
+    case LIBUSB_TRANSFER_TIMED_OUT:
+    case LIBUSB_TRANSFER_STALL:
+      Deliver(slot);
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Clears the halt of a stalled endpoint and lets the reader go on; false when the device is gone.
+bool ReadPipeline::Resume() {
+  if (libusb_clear_halt(mHandle, mEndpoint) == LIBUSB_ERROR_NO_DEVICE) {
+    return false;
+  }
+  std::this_thread::sleep_for(kPause);  // an endpoint that stalls for ever must not take a core
+  const std::lock_guard lock(mMutex);
+  mHalted = false;
+  mSlotFree.notify_one();
+  return true;
+}
+
+// Moves the data into the receive buffer. While that is full the slot stays taken, so the device is not asked for more
+// than there is room for.
+void ReadPipeline::Deliver(Slot& slot) {
+  BulkInPayload payload({slot.data.get(), static_cast<std::size_t>(slot.transfer->actual_length)}, mMaxPacket);
+  std::unique_lock lock(mMutex);
+  while (mRunning && !slot.discard && !payload.Front().empty()) {
+    const std::size_t count = mBuffer.Append(payload.Front());
+    payload.Consume(count);
+    if (count == 0) {
+      mRoom.wait(lock, [&] { return !mRunning || slot.discard || mBuffer.Size() < mBuffer.Capacity(); });
+    }
+  }
+}
+
+void ReadPipeline::Recycle(Slot& slot) {
+  const std::lock_guard lock(mMutex);
+  slot.discard = false;
+  slot.done = 0;  // a free slot that looks done would let the processor wait without a pause
+  slot.state = SlotState::kFree;
+  mSlotFree.notify_one();
+}
+
+// Ends both loops after a device failure; readers see it by Running().
+void ReadPipeline::Park() {
+  {
+    const std::lock_guard lock(mMutex);
+    mRunning = false;
+    mSlotFree.notify_all();
+    mRoom.notify_all();
+  }
+  libusb_interrupt_event_handler(mContext);
+}
+
+}  // namespace corvane

@@ -1,0 +1,105 @@
+// Keeps four bulk IN requests under way for one open device and collects their data in the receive buffer. A reader
+// thread submits the requests, a processor thread handles their completions, both round robin over the four slots, so
+// that bytes stay in order. When the endpoint stalls, the requests under way are taken back, in order and with what
+// they brought, before its halt is cleared, once. Used by BridgeDevice; it does not wait on behalf of FT_Read, which
+// polls with pauses of its own.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <thread>
+
+#include "usbserial/EventPump.h"
+#include "usbserial/ReceiveBuffer.h"
+#include "usbserial/UsbOwners.h"
+
+namespace corvane {
+
+class ReadPipeline {
+ public:
+  static constexpr std::size_t kSlots = 4;
+  static constexpr std::size_t kDefaultRequest = 4096;
+  static constexpr std::size_t kMaxRequest = std::size_t{64} * 1024;
+
+  /// Borrows context and handle, which outlive the pipeline. Throws std::bad_alloc.
+  ReadPipeline(libusb_context* context, libusb_device_handle* handle, std::uint8_t endpoint, std::size_t maxPacket);
+  ~ReadPipeline() { Stop(); }
+  ReadPipeline(const ReadPipeline&) = delete;
+  ReadPipeline& operator=(const ReadPipeline&) = delete;
+
+  /// Starts both threads. Throws std::system_error when the system has no thread left; nothing is left running then.
+  void Start();
+
+  /// Ends both threads and takes back the requests under way, waiting at most a second for them: a request that does
+  /// not come back is left to libusb for good. Once stopped, a pipeline does not start again.
+  void Stop();
+
+  /// False as soon as the device failed or the pipeline was stopped.
+  bool Running() const { return mRunning; }
+
+  std::size_t Available() const;
+  std::size_t BufferCapacity() const { return mBuffer.Capacity(); }
+
+  /// Takes received bytes, as many as there are and `out` holds; their number.
+  std::size_t Take(std::span<std::uint8_t> out);
+
+  /// Drops received bytes, those of completed requests, and the requests under way. Bytes that arrive after the call
+  /// are kept.
+  void Discard();
+
+  /// Length of requests submitted from now on, rounded up to whole packets; at most kMaxRequest.
+  void SetRequestLength(std::size_t length) { mRequestLength = length; }
+
+ private:
+  enum class SlotState : std::uint8_t { kFree, kInFlight, kCompleted };
+
+  struct Slot {
+    ReadPipeline* owner = nullptr;
+    UsbTransfer transfer;
+    std::unique_ptr<std::uint8_t[]> data;
+    SlotState state = SlotState::kFree;
+    bool discard = false;  ///< a purge came over it: its data is dropped
+    int done = 0;          ///< what libusb's event handling watches
+  };
+
+  static void LIBUSB_CALL OnCompletion(libusb_transfer* transfer);
+
+  void RunReader();
+  void RunProcessor();
+  bool AwaitFree(std::unique_lock<std::mutex>& lock, const Slot& slot);
+  bool Submit(std::unique_lock<std::mutex>& lock, Slot& slot);
+  bool AwaitCompletion(EventPump& pump, Slot& slot);
+  bool Process(Slot& slot);
+  bool Resume();
+  void Deliver(Slot& slot);
+  void Recycle(Slot& slot);
+  void CancelInFlight();
+  void Park();
+  void Reap();
+
+  libusb_context* mContext;
+  libusb_device_handle* mHandle;
+  std::uint8_t mEndpoint;
+  std::size_t mMaxPacket;
+  std::atomic<std::size_t> mRequestLength{kDefaultRequest};
+
+  // The buffer mutex guards the receive buffer and the state of the slots. It is never held while events are handled.
+  mutable std::mutex mMutex;
+  std::condition_variable mSlotFree;
+  std::condition_variable mRoom;
+  ReceiveBuffer mBuffer;
+  std::array<std::unique_ptr<Slot>, kSlots> mSlots;
+  bool mHalted = false;               ///< the endpoint stalled: nothing is submitted until its halt is cleared
+  std::atomic<bool> mRunning{false};  ///< changed under the mutex
+
+  std::thread mReader;
+  std::thread mProcessor;
+};
+
+}  // namespace corvane
