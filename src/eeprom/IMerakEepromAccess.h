@@ -8,8 +8,7 @@ class IMerakEepromAccess {
  public:
   virtual ~IMerakEepromAccess() = default;
 
-  /// One byte of the byte-addressed record ("SAVEINFO"); addresses start at 1. On failure value holds the byte as the
-  /// reply gave it, or is left alone when the reply held none.
+  /// One byte of the byte-addressed record ("SAVEINFO"); addresses start at 1. On failure value is left alone.
   virtual unsigned int ReadEepromByte(int address, unsigned char& value) = 0;
   virtual unsigned int WriteEepromByte(int address, unsigned char value) = 0;
 
@@ -28,7 +27,7 @@ class IMerakEepromAccess {
   /// Grating list as the controller prints it ("GRATINGS", cached where the cache is on).
   virtual unsigned int GetRawGratings(std::string& text) = 0;
 
-  /// True once an exchange ended in silence rather than in a reply. A record transfer then stops: each further field
-  /// would only cost another time-out.
+  /// True while the latest exchange is one that ended in silence rather than in a reply; the next reply makes it false.
+  /// A record transfer stops at the first: each further field would only cost another time-out.
   virtual bool IsSilent() const = 0;
 };

@@ -1,0 +1,200 @@
+#include "eeprom/TTivanMerakCorvaneEeprom.h"
+
+#include <bit>
+#include <cstdint>
+#include <string>
+#include <variant>
+
+using corvane::EepromPlace;
+using corvane::StructureVersion;
+
+namespace {
+
+constexpr int kBytesOfNumber = 4;
+
+constexpr unsigned ShiftOf(int byte) {
+  return 8U * static_cast<unsigned>(byte);
+}
+
+const void* AddressOf(EepromPlace place) {
+  return std::visit([](auto* value) { return static_cast<const void*>(value); }, place);
+}
+
+/// The bytes of one value as the instrument keeps them.
+std::string Encode(EepromPlace place, int width) {
+  const auto size = static_cast<std::size_t>(width);
+  if (const auto* text = std::get_if<std::string*>(&place)) {
+    std::string bytes = (*text)->substr(0, size);
+    bytes.resize(size, '\0');
+    return bytes;
+  }
+  const auto* const real = std::get_if<float*>(&place);
+  const std::uint32_t image =
+      real != nullptr ? std::bit_cast<std::uint32_t>(**real) : static_cast<std::uint32_t>(*std::get<int*>(place));
+  std::string bytes;
+  for (int i = 0; i < width; ++i) {
+    bytes += static_cast<char>((image >> ShiftOf(i)) & 0xFFU);
+  }
+  return bytes;
+}
+
+/// Takes over what was read of a value: all of its bytes, or those before a failing one.
+void Decode(EepromPlace place, int width, const std::string& bytes, unsigned char last) {
+  const auto read = static_cast<int>(bytes.size());
+  if (auto* const text = std::get_if<std::string*>(&place)) {
+    **text = bytes;
+    return;
+  }
+  auto* const whole = std::get_if<int*>(&place);
+  std::uint32_t image = whole != nullptr && width == kBytesOfNumber ? static_cast<std::uint32_t>(**whole) : 0U;
+  for (int i = 0; i < width && i <= read; ++i) {
+    const std::uint32_t byte = i < read ? static_cast<unsigned char>(bytes[static_cast<std::size_t>(i)]) : last;
+    image = (image & ~(0xFFU << ShiftOf(i))) | (byte << ShiftOf(i));
+  }
+  const bool complete = read == width;
+  if (whole != nullptr && (complete || width == kBytesOfNumber)) {
+    **whole = static_cast<int>(image);
+  } else if (whole == nullptr && complete) {
+    **std::get_if<float*>(&place) = std::bit_cast<float>(image);
+  }
+}
+
+}  // namespace
+
+TTivanMerakCorvaneEeprom::TTivanMerakCorvaneEeprom(IMerakEepromAccess& controller)
+    : TTivanMerakEeprom(controller), mVersion(StructureVersion::Parse(GetStructureVersion())) {
+}
+
+MerakResult TTivanMerakCorvaneEeprom::Read() {
+  const auto read = [this](EepromPlace place, int address, int width) { return ReadValue(place, address, width); };
+  mFirstFailure = merak::kSuccess;
+  SetAllKnown();
+  const bool heard = corvane::WalkEepromField(corvane::kFieldStructureVersion, mVersion, Values(), read);
+  mVersionRead = mFirstFailure == merak::kSuccess;
+  mVersion = StructureVersion::Parse(GetStructureVersion());
+  corvane::SetAbsentFields(mVersion, Values());
+  // All of them until they arrive: a silence leaves the values behind it unread as well.
+  corvane::WalkEepromFields(mVersion, Values(), [this](EepromPlace place, int /*address*/, int /*width*/) {
+    SetUnread(AddressOf(place));
+    return true;
+  });
+  mReadToTheEnd = heard && corvane::WalkEepromFields(mVersion, Values(), read);
+  SetDirty(false);
+  return merak::kSuccess;
+}
+
+MerakResult TTivanMerakCorvaneEeprom::Write() {
+  const auto write = [this](EepromPlace place, int address, int width) {
+    return IsUnread(AddressOf(place)) || WriteValue(place, address, width);
+  };
+  UpdateModifiedTime();
+  mVersion = StructureVersion::Parse(GetStructureVersion());
+  mFirstFailure = merak::kSuccess;
+  if (corvane::WalkEepromField(corvane::kFieldStructureVersion, mVersion, Values(), write)) {
+    corvane::WalkEepromFields(mVersion, Values(), write);
+  }
+  if (mFirstFailure == merak::kSuccess) {
+    SetDirty(false);
+  }
+  return merak::kSuccess;
+}
+
+bool TTivanMerakCorvaneEeprom::ReadValue(EepromPlace place, int address, int width) {
+  std::string bytes;
+  MerakResult result = merak::kSuccess;
+  // One variable for all bytes of the value, which a failure leaves alone: a failing byte is the one before it, and 0
+  // at the start.
+  unsigned char byte = 0;
+  while (static_cast<int>(bytes.size()) < width) {
+    result = Controller().ReadEepromByte(address + static_cast<int>(bytes.size()), byte);
+    if (result != merak::kSuccess) {
+      break;
+    }
+    bytes += static_cast<char>(byte);
+  }
+  Decode(place, width, bytes, byte);
+  if (result == merak::kSuccess) {
+    SetKnown(AddressOf(place));
+  } else {
+    SetUnread(AddressOf(place));
+  }
+  return Note(result);
+}
+
+bool TTivanMerakCorvaneEeprom::WriteValue(EepromPlace place, int address, int width) {
+  MerakResult result = merak::kSuccess;
+  for (const char byte : Encode(place, width)) {
+    result = Controller().WriteEepromByte(address, static_cast<unsigned char>(byte));
+    if (result != merak::kSuccess) {
+      break;
+    }
+    ++address;
+  }
+  return Note(result);
+}
+
+bool TTivanMerakCorvaneEeprom::Note(MerakResult result) {
+  if (result == merak::kSuccess) {
+    return true;
+  }
+  if (mFirstFailure == merak::kSuccess) {
+    mFirstFailure = result;
+  }
+  // Another reply may still come after a refused byte; after silence every further byte costs a time-out.
+  return !Controller().IsSilent();
+}
+
+MerakResult TTivanMerakCorvaneEeprom::WriteFields(std::initializer_list<std::size_t> numbers) {
+  mFirstFailure = merak::kSuccess;
+  for (const std::size_t number : numbers) {
+    const bool heard = corvane::WalkEepromField(
+        number, mVersion, Values(),
+        [this](EepromPlace place, int address, int width) { return WriteValue(place, address, width); });
+    if (!heard) {
+      break;
+    }
+  }
+  return mFirstFailure;
+}
+
+MerakResult TTivanMerakCorvaneEeprom::WriteOpticalParamsToEEPROM(float focalLength, float angularDeviation,
+                                                                 float focalTilt) {
+  Values().focalLength = focalLength;
+  Values().angularDeviation = angularDeviation;
+  Values().planeTilt = focalTilt;
+  SetKnown(&Values().focalLength);
+  SetKnown(&Values().angularDeviation);
+  SetKnown(&Values().planeTilt);
+  return WriteFields({corvane::kFieldFocalLength, corvane::kFieldAngularDeviation, corvane::kFieldPlaneTilt});
+}
+
+MerakResult TTivanMerakCorvaneEeprom::WriteIfDirty() {
+  return mVersionRead && mReadToTheEnd ? TTivanMerakEeprom::WriteIfDirty() : merak::kSuccess;
+}
+
+float TTivanMerakCorvaneEeprom::GetCurrentWavelength() {
+  return Values().currentWavelength;
+}
+
+MerakResult TTivanMerakCorvaneEeprom::SetCurrentWavelength(float wavelength) {
+  SetKnown(&Values().currentWavelength);
+  if (BinaryFloatCompare(wavelength, Values().currentWavelength)) {
+    return merak::kSuccess;
+  }
+  Values().currentWavelength = wavelength;
+  return WriteFields({corvane::kFieldCurrentWavelength});
+}
+
+MerakResult TTivanMerakCorvaneEeprom::WriteOffsets() {
+  return merak::kSuccess;
+}
+
+void TTivanMerakCorvaneEeprom::GetAdjustedDetectorIndex(int* entrance) {
+  if (StructureVersion::Parse(GetStructureVersion()).majorNumber <= 2 && *entrance >= 1) {
+    *entrance = 0;
+  }
+}
+
+MerakResult TTivanMerakCorvaneEeprom::StoreActiveTurret() {
+  return mVersionRead ? WriteFields({corvane::kFieldActiveTurret}) : merak::kEepromError;
+}
