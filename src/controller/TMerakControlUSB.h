@@ -1,0 +1,35 @@
+// The transport to a controller behind a USB serial bridge. The bridge is used with its own line settings.
+#pragma once
+
+#include "controller/TMerakControl.h"
+#include "usbserial/ftd2xx.h"
+
+class TMerakControlUSB final : public TMerakControl {
+ public:
+  /// Puts the maker's VID/PID pair into the bridge's list of supported devices.
+  TMerakControlUSB();
+  ~TMerakControlUSB() override;
+  TMerakControlUSB(const TMerakControlUSB&) = delete;
+  TMerakControlUSB& operator=(const TMerakControlUSB&) = delete;
+
+  bool IsAvailable() override { return mAvailable; }
+  Status ListDevices(void* arg1, void* arg2, unsigned int flags) override;
+  /// 1 when no handle came back, whatever the bridge's status was.
+  Status Open(int index) override;
+  /// Always 0; closing a closed transport does nothing.
+  Status Close() override;
+  /// 4 when received is null, whatever came.
+  Status Read(void* buffer, unsigned int count, unsigned int* received) override;
+  Status Write(const void* buffer, unsigned int count, unsigned int* written) override;
+  Status SetTimeouts(unsigned int readTimeoutMs, unsigned int writeTimeoutMs) override;
+  Status Purge(unsigned int mask) override;
+
+  /// Place in the bridge's list of the last device with the maker's own VID/PID; -1 without one, -2 when there is no
+  /// list.
+  int GetDeviceIndex();
+  static bool IsValidProduct(const FT_DEVICE_LIST_INFO_NODE& node);
+
+ private:
+  bool mAvailable = true;
+  FT_HANDLE mHandle = nullptr;
+};
