@@ -1,0 +1,94 @@
+// The one bracket around a component's work on its controller: a running acquisition is paused, a component that moves
+// is busy, and a failure is thrown when both have ended. Every component of controller instruments uses it; it knows
+// none of them.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+#include "controller/MerakResult.h"
+#include "controller/TMerakOrbis.h"
+#include "core/TCVNAcquisitionAborter.h"
+#include "core/TCorvaneException.h"
+#include "core/TDeviceServer.h"
+
+namespace corvane {
+
+/// Keeps a component busy for its lifetime; its clients are told of both ends.
+class BusyScope {
+ public:
+  explicit BusyScope(TBusyDeviceServer& component) : mComponent(component) { mComponent.SetBusy(true); }
+  ~BusyScope() { mComponent.SetBusy(false); }
+  BusyScope(const BusyScope&) = delete;
+  BusyScope& operator=(const BusyScope&) = delete;
+
+ private:
+  TBusyDeviceServer& mComponent;
+};
+
+/// Throws a code other than 0. The code goes along unchanged: 0xFFFFFFFF from a setter arrives as -1.
+inline void ThrowOnFailure(MerakResult code) {
+  if (code != merak::kSuccess) {
+    throw TCorvaneException(static_cast<std::int32_t>(code));
+  }
+}
+
+/// Has `query` fill in a number that something is moved by. The controller's queries leave their output alone when the
+/// reply holds no number; that is a failure here (4), for no motor goes by a number that nobody gave.
+template <typename Query>
+MerakResult RequireNumber(int& number, Query query) {
+  constexpr int kNone = std::numeric_limits<int>::min();
+  int given = kNone;
+  const MerakResult result = query(given);
+  if (result != merak::kSuccess) {
+    return result;
+  }
+  if (given == kNone) {
+    return merak::kIoError;
+  }
+  number = given;
+  return merak::kSuccess;
+}
+
+/// Calls `operation`, which answers a controller code, with acquisition paused. Throws the code, if not 0, after the
+/// acquisition was resumed.
+template <typename Operation>
+void RunPaused(TCVNAcquisitionAborter& aborter, Operation operation) {
+  MerakResult code = merak::kSuccess;
+  {
+    const TAcquisitionPause pause(aborter);
+    code = operation();
+  }
+  ThrowOnFailure(code);
+}
+
+/// The same with the component busy meanwhile: pause, busy, operation, idle, resume, throw.
+template <typename Operation>
+void RunBusy(TCVNAcquisitionAborter& aborter, TBusyDeviceServer& component, Operation operation) {
+  RunPaused(aborter, [&] {
+    const BusyScope busy(component);
+    return operation();
+  });
+}
+
+/// Runs `read`, which takes values from the EEPROM record, with acquisition paused. Throws 3 while there is no record
+/// (the controller is not open), whose getters would answer 0 and "".
+template <typename Read>
+void ReadRecord(TCVNAcquisitionAborter& aborter, const TMerakOrbis& controller, Read read) {
+  RunPaused(aborter, [&] {
+    if (!controller.HasEepromRecord()) {
+      return merak::kDeviceNotOpen;
+    }
+    read();
+    return merak::kSuccess;
+  });
+}
+
+/// Throws what a caller's index outside a table of `size` entries is answered with.
+inline void RequireIndex(int index, int size) {
+  if (index < 0 || index >= size) {
+    throw TCorvaneException(1);
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,190 @@
+#include "components/TCorvaneMerakStepTurret.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "components/MerakOperation.h"
+#include "components/TStepperWaveToSteps.h"
+#include "controller/TMerakOrbis.h"
+#include "eeprom/StructureVersion.h"
+#include "eeprom/TTivanMerakEeprom.h"
+
+namespace {
+
+/// x of TStepperWaveToSteps counts as if every grating had this many lines per mm.
+constexpr float kReferenceLines = 1200.0F;
+
+/// A position beyond int cannot be one; the controller refuses it as well when it arrives as the nearest bound.
+int Saturate(std::int64_t steps) {
+  return static_cast<int>(
+      std::clamp<std::int64_t>(steps, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
+
+MerakResult StorePort(int& held, int port) {
+  if (port != 0 && port != 1) {
+    return merak::kInvalidParameter;
+  }
+  held = port;
+  return merak::kSuccess;
+}
+
+}  // namespace
+
+std::int64_t TCorvaneMerakStepTurret::TotalSteps() {
+  unsigned long total = 0;
+  return mController.GetTotalSteps(total) == merak::kSuccess ? static_cast<std::int64_t>(total) : 0;
+}
+
+MerakResult TCorvaneMerakStepTurret::ReadPosition(int& step) {
+  return corvane::RequireNumber(step, [this](int& given) { return mController.GetStep(given); });
+}
+
+MerakResult TCorvaneMerakStepTurret::SetCurrentExitPort(int port) {
+  return StorePort(mExitPort, port);
+}
+
+MerakResult TCorvaneMerakStepTurret::SetCurrentEntrancePort(int port) {
+  return StorePort(mEntrancePort, port);
+}
+
+void TCorvaneMerakStepTurret::RefreshPorts() {
+  int port = mExitPort;
+  if (mController.GetExitPort(port) == merak::kSuccess) {
+    SetCurrentExitPort(port);
+  }
+  port = mEntrancePort;
+  if (mController.GetEntrancePort(port) == merak::kSuccess) {
+    SetCurrentEntrancePort(port);
+  }
+}
+
+std::int64_t TCorvaneMerakStepTurret::ZeroPosition(int grating) {
+  return std::int64_t{mController.GetActiveTurretGratingStart(grating)} +
+         mController.GetActiveTurretGratingOffset(grating) + mController.GetDetectorOffset(mEntrancePort, mExitPort);
+}
+
+std::int64_t TCorvaneMerakStepTurret::tivanStepsToMerakSteps(std::int64_t steps, std::int64_t total) {
+  // One wrap only.
+  if (steps < 0) {
+    return steps + total;
+  }
+  return steps >= total ? steps - total : steps;
+}
+
+std::int64_t TCorvaneMerakStepTurret::merakStepsToTivanSteps(std::int64_t steps, std::int64_t total) {
+  const std::int64_t zero = ZeroPosition(0);
+  const std::int64_t wrapped = tivanStepsToMerakSteps(zero, total);
+  if (zero >= 0) {
+    return steps < wrapped ? steps + total : steps;
+  }
+  return steps >= wrapped ? steps - total : steps;
+}
+
+MerakResult TCorvaneMerakStepTurret::StepShift(std::int64_t delta) {
+  const std::int64_t total = TotalSteps();
+  int current = 0;
+  if (const MerakResult result = ReadPosition(current); result != merak::kSuccess) {
+    return result;
+  }
+  return mController.StepAbs(Saturate(tivanStepsToMerakSteps(current + delta, total)));
+}
+
+MerakResult TCorvaneMerakStepTurret::MoveTo(int grating, float nm, std::int64_t total) {
+  std::array<float, TStepperWaveToSteps::kCoefficients> coefficients{};
+  for (int i = 0; i < TStepperWaveToSteps::kCoefficients; ++i) {
+    coefficients[static_cast<std::size_t>(i)] = mController.GetWaveToStepsCoeff(i);
+  }
+  RefreshPorts();
+  const TStepperWaveToSteps converter(coefficients.data(), mController.GetSinAmplitude(), mController.GetSinPhase(),
+                                      mController.GetSinFrequency(), static_cast<unsigned long>(total));
+  const auto offset = static_cast<int>(ZeroPosition(grating - 1));
+  const int version = corvane::StructureVersion::Parse(mController.GetStructureVersion()).majorNumber;
+  const float x = nm / kReferenceLines * mController.GetActiveTurretGratingLines(grating - 1);
+  const auto steps = static_cast<int>(converter.ToSteps(x, offset, version));
+  const MerakResult result = mController.StepAbs(Saturate(tivanStepsToMerakSteps(steps, total)));
+  if (result == merak::kSuccess) {
+    // Its own failure is not the move's: the turret stands where it was asked to.
+    mController.SetCurrentWavelength(nm);
+  }
+  return result;
+}
+
+MerakResult TCorvaneMerakStepTurret::SetWavelength(float nm) {
+  const std::int64_t total = TotalSteps();
+  int grating = 1;
+  GetGrating(grating);
+  return MoveTo(grating, nm, total);
+}
+
+MerakResult TCorvaneMerakStepTurret::GetWavelength(float& nm) {
+  nm = mController.GetCurrentWavelength();
+  return merak::kSuccess;
+}
+
+MerakResult TCorvaneMerakStepTurret::SetGrating(int grating, eWavelengthOption option) {
+  if (grating < 1 || grating > kGratings) {
+    return merak::kUnknownError;
+  }
+  const std::int64_t total = TotalSteps();
+  float nm = 0.0F;
+  if (option == kKeepWavelength) {
+    GetWavelength(nm);
+  }
+  return MoveTo(grating, nm, total);
+}
+
+MerakResult TCorvaneMerakStepTurret::GetGrating(int& grating) {
+  int position = 0;
+  if (const MerakResult result = ReadPosition(position); result != merak::kSuccess) {
+    return result;
+  }
+  // Unwrapped with the ports known so far; the comparison then takes the fresh ones.
+  const std::int64_t steps = merakStepsToTivanSteps(position, TotalSteps());
+  RefreshPorts();
+  grating = kGratings;
+  for (int i = kGratings - 1; i >= 0; --i) {
+    if (steps >= ZeroPosition(i)) {
+      grating = i + 1;
+      break;
+    }
+  }
+  return merak::kSuccess;
+}
+
+MerakResult TCorvaneMerakStepTurret::SetGratingOffset(int grating, int offset) {
+  if (!mController.HasEepromRecord()) {
+    return merak::kDeviceNotOpen;
+  }
+  int current = 0;
+  if (const MerakResult result = GetGrating(current); result != merak::kSuccess) {
+    return result;
+  }
+  const std::int64_t old = mController.GetActiveTurretGratingOffset(grating - 1);
+  // Of other codes the turret takes no notice: the offset is stored, and the turret belongs where it says.
+  if (mController.SetActiveTurretGratingOffset(grating - 1, offset) == TTivanMerakEeprom::kOutOfRange) {
+    return merak::kUnknownError;
+  }
+  return grating == current ? StepShift(offset - old) : merak::kSuccess;
+}
+
+MerakResult TCorvaneMerakStepTurret::GetGratingOffset(int grating, int& offset) {
+  offset = mController.GetActiveTurretGratingOffset(grating - 1);
+  return merak::kSuccess;
+}
+
+MerakResult TCorvaneMerakStepTurret::SetDetectorOffset(int entrance, int exit, int offset) {
+  if (!mController.HasEepromRecord()) {
+    return merak::kDeviceNotOpen;
+  }
+  const std::int64_t old = mController.GetDetectorOffset(entrance, exit);
+  if (mController.SetDetectorOffset(entrance, exit, offset) == TTivanMerakEeprom::kOutOfRange) {
+    return merak::kInvalidParameter;
+  }
+  return entrance == mEntrancePort && exit == mExitPort ? StepShift(offset - old) : merak::kSuccess;
+}
+
+MerakResult TCorvaneMerakStepTurret::GetDetectorOffset(int entrance, int exit, int& offset) {
+  offset = mController.GetDetectorOffset(entrance, exit);
+  return merak::kSuccess;
+}

@@ -1,0 +1,64 @@
+// Drives the grating turret by motor steps computed from the EEPROM record, for instruments whose record says so. It
+// is both strategies at once. The device owns it; the grating, the wavelength and the flippers borrow it.
+//
+// Two ways to count: library steps may be negative or exceed a revolution; controller steps lie in [0, N), N being the
+// motor's steps per revolution, asked once per operation. Without an answer nothing is wrapped.
+#pragma once
+
+#include <cstdint>
+
+#include "components/TMCorvaneGratingStrategy.h"
+#include "components/TMCorvaneWaveStrategy.h"
+
+class TMerakOrbis;
+
+class TCorvaneMerakStepTurret final : public TMCorvaneWaveStrategy, public TMCorvaneGratingStrategy {
+ public:
+  /// The controller is borrowed.
+  explicit TCorvaneMerakStepTurret(TMerakOrbis& controller) : mController(controller) {}
+
+  /// Moves the current grating; on success the EEPROM takes the wavelength as the current one. A wavelength out of
+  /// reach goes to the grating's zero order, without a word. Failed reads before the move are not looked at.
+  MerakResult SetWavelength(float nm) override;
+  /// The EEPROM's current wavelength; nothing is asked.
+  MerakResult GetWavelength(float& nm) override;
+
+  /// Moves a grating (1 to 3, else 1) to the current wavelength or to its zero order.
+  MerakResult SetGrating(int grating, eWavelengthOption option) override;
+  /// The last grating (1 to 3) whose zero position lies at or below the turret's position; 3 when none does.
+  MerakResult GetGrating(int& grating) override;
+  /// When the grating is the current one the turret follows the change. 3 while there is no record.
+  MerakResult SetGratingOffset(int grating, int offset) override;
+  MerakResult GetGratingOffset(int grating, int& offset) override;
+  MerakResult GratingOffsetAutoAdjust() override { return merak::kSuccess; }
+  MerakResult GratingOffsetCancelAutoAdjust() override { return merak::kSuccess; }
+  /// When the ports are the current ones the turret follows the change. 6 for ports other than 0 and 1, 3 while
+  /// there is no record.
+  MerakResult SetDetectorOffset(int entrance, int exit, int offset) override;
+  MerakResult GetDetectorOffset(int entrance, int exit, int& offset) override;
+
+  /// The ports whose detector offset counts, until they are next asked for. 6 for a port other than 0 and 1, which
+  /// changes nothing.
+  MerakResult SetCurrentExitPort(int port);
+  MerakResult SetCurrentEntrancePort(int port);
+
+ private:
+  static constexpr int kGratings = 3;
+
+  /// Steps per revolution; 0 when the controller does not tell.
+  std::int64_t TotalSteps();
+  /// Controller steps. 4 when the reply holds no number.
+  MerakResult ReadPosition(int& step);
+  void RefreshPorts();
+  /// Zero position of a 0-based grating, in library steps.
+  std::int64_t ZeroPosition(int grating);
+  static std::int64_t tivanStepsToMerakSteps(std::int64_t steps, std::int64_t total);
+  std::int64_t merakStepsToTivanSteps(std::int64_t steps, std::int64_t total);
+  MerakResult StepShift(std::int64_t delta);
+  /// Moves a 1-based grating to a wavelength.
+  MerakResult MoveTo(int grating, float nm, std::int64_t total);
+
+  TMerakOrbis& mController;
+  int mExitPort = 0;
+  int mEntrancePort = 0;
+};

@@ -1,0 +1,58 @@
+#include "components/TMerakHardware.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "components/TMerakFactory.h"
+#include "components/TMerakSpectrographDevice.h"
+
+TMerakHardware::TMerakHardware(std::unique_ptr<TMerakOrbis> controller) : mController(controller.get()) {
+  TMerakFactory factory(std::move(controller));
+  try {
+    CreateComponents(factory);
+    mDevice = factory.TakeSpectrograph();
+    ReadSystemInfo();
+  } catch (...) {
+    // While the grating and the device that they borrow are still alive.
+    DestroyComponents();
+    throw;
+  }
+}
+
+TMerakHardware::~TMerakHardware() {
+  try {
+    if (mController->IsOpen()) {
+      mController->Close();
+    }
+  } catch (...) {
+    // Out of memory while saving: the device tries once more and drops what is left.
+  }
+  DestroyComponents();
+  mDevice.reset();
+}
+
+void TMerakHardware::CreateComponents(TMerakFactory& factory) {
+  mWavelength.reset(factory.CreateWavelength());
+  for (std::size_t i = 0; i < mFlipper.size(); ++i) {
+    mFlipper[i].reset(factory.CreateFlipper(static_cast<ISpectrographFlipper::TFlipperPosition>(i)));
+  }
+  mAccessory.reset(factory.CreateAccessory());
+  mEeprom.reset(factory.CreateEeprom());
+  mFilter.reset(factory.CreateFilter());
+  mFocusMirror.reset(factory.CreateFocusMirror());
+  mGrating.reset(factory.CreateGrating());
+  mShutter.reset(factory.CreateShutter());
+  for (std::size_t i = 0; i < mSlit.size(); ++i) {
+    mSlit[i].reset(factory.CreateSlit(static_cast<ISpectrographSlit::TSlitPosition>(i)));
+  }
+}
+
+void TMerakHardware::ReadSystemInfo() {
+  mController->GetSystemInfoEx(mSystemInfo);
+  const std::size_t length = std::min(mSystemInfo.third.size(), mSerial.size() - 1);
+  std::copy_n(mSystemInfo.third.begin(), length, mSerial.begin());
+}
+
+TSpectrographDevice* TMerakHardware::GetSpectrographDevice() const {
+  return mDevice.get();
+}
