@@ -1,0 +1,370 @@
+#include "calibration/TCalibrationAlgorithm.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Wave = TWavelengthConversion;
+using Constants = TCalibrationAlgorithm::TConstants;
+
+constexpr double kPi = 3.14159265358979323846;
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+/// Arguments of a good calibration; tests change what they are about.
+struct Inputs {
+  float centre = 550.0F;
+  Wave::eWaveType type = Wave::kWavelength;
+  Wave::eWaveUnit unit = Wave::kNanometres;
+  float excitation = 0.0F;
+  int detectorOffset = 0;
+  float pixelWidth = 13.5F;
+  int numberPixels = 1024;
+  float focalLength = 0.328F;
+  float tilt = 3.3F;
+  float angularDeviation = 15.2F;
+  double lines = 600.0;
+  bool reverse = false;
+
+  int Fit(Constants& out) const {
+    return TCalibrationAlgorithm::GetConstants(out, centre, type, unit, excitation, detectorOffset, pixelWidth,
+                                               numberPixels, focalLength, tilt, angularDeviation, lines, reverse);
+  }
+  int Code() const {
+    Constants ignored;
+    return Fit(ignored);
+  }
+  int Validation() const {
+    return TCalibrationAlgorithm::ValidateParameters(centre, type, unit, excitation, detectorOffset, pixelWidth,
+                                                     numberPixels, focalLength, tilt, angularDeviation, lines, reverse);
+  }
+};
+
+/// The optics in long double, but for the steps that are single precision by definition. Wavelength in nm.
+class Reference {
+ public:
+  explicit Reference(const Inputs& in)
+      : mDelta(static_cast<float>(in.angularDeviation * (kPi / 180.0))),
+        mTau(static_cast<float>(in.tilt * (kPi / 180.0))),
+        mFocalLength(in.focalLength / (1e-6F * in.pixelWidth)),
+        mSpacingNm(1e6L / static_cast<long double>(in.lines)),
+        mCentre(in.numberPixels / 2 + in.detectorOffset) {
+    const float metres = 1e-9F * in.centre;
+    mTheta = std::asin(static_cast<long double>(metres) * 1e9L / (2.0L * mSpacingNm * std::cos(mDelta)));
+  }
+
+  long double TrueWavelength(int p) const {
+    const long double h = p - mCentre;
+    const long double beta = std::atan2(std::cos(mTau) * h, mFocalLength + std::sin(mTau) * h);
+    return mSpacingNm * (std::sin(mTheta + beta - mDelta) + std::sin(mTheta + mDelta));
+  }
+
+ private:
+  long double mDelta;
+  long double mTau;
+  long double mFocalLength;
+  long double mSpacingNm;
+  long double mCentre;
+  long double mTheta = 0.0L;
+};
+
+/// The cubic through nine samples by another way than normal equations in x: polynomials that are orthogonal over the
+/// samples, expanded into powers at the end.
+Constants FitOrthogonally(const std::vector<int>& pixels, const std::vector<float>& values) {
+  using Poly = std::array<long double, 4>;
+  const auto at = [](const Poly& c, long double x) { return c[0] + x * (c[1] + x * (c[2] + x * c[3])); };
+  std::vector<Poly> basis;
+  Poly sum{};
+  for (std::size_t degree = 0; degree < 4; ++degree) {
+    Poly poly{};
+    if (degree == 0) {
+      poly[0] = 1.0L;
+    } else {
+      for (std::size_t i = 0; i < 3; ++i) {
+        poly[i + 1] = basis.back()[i];
+      }
+    }
+    for (const Poly& lower : basis) {
+      long double dot = 0.0L;
+      long double norm = 0.0L;
+      for (const int p : pixels) {
+        dot += at(poly, p) * at(lower, p);
+        norm += at(lower, p) * at(lower, p);
+      }
+      for (std::size_t i = 0; i < 4; ++i) {
+        poly[i] -= dot / norm * lower[i];
+      }
+    }
+    long double dot = 0.0L;
+    long double norm = 0.0L;
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+      dot += at(poly, pixels[i]) * values[i];
+      norm += at(poly, pixels[i]) * at(poly, pixels[i]);
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+      sum[i] += dot / norm * poly[i];
+    }
+    basis.push_back(poly);
+  }
+  return {static_cast<float>(sum[0]), static_cast<float>(sum[1]), static_cast<float>(sum[2]),
+          static_cast<float>(sum[3])};
+}
+
+std::vector<int> SamplePixels(int numberPixels) {
+  std::vector<int> pixels;
+  for (int i = 0; i < 9; ++i) {
+    pixels.push_back(std::min(1 + i * (numberPixels / 8), numberPixels));
+  }
+  return pixels;
+}
+
+Constants ReferenceFit(const Inputs& in) {
+  const Reference optics(in);
+  std::vector<float> values;
+  for (const int p : SamplePixels(in.numberPixels)) {
+    const auto nm = static_cast<float>(optics.TrueWavelength(p));
+    // Close to zero order a detector's low end sees the other side of it, which no unit has a value for.
+    values.push_back(nm > 0.0F ? nm : -1.0F);
+  }
+  return FitOrthogonally(SamplePixels(in.numberPixels), values);
+}
+
+TEST(CalibrationAlgorithm, EveryPixelAgreesWithAnEvaluationMadeAnotherWay) {
+  double worst = 0.0;
+  for (const int pixels : {1024, 2048}) {
+    for (const double lines : {150.0, 300.0, 600.0, 1200.0, 1800.0, 2400.0}) {
+      Inputs in;
+      in.numberPixels = pixels;
+      in.lines = lines;
+      const double reach = 2e6 / lines * std::cos(in.angularDeviation * kPi / 180.0);
+      for (double part = 0.02; part < 0.99; part += 0.01) {
+        in.centre = static_cast<float>(reach * part);
+        Constants fitted;
+        ASSERT_EQ(0, in.Fit(fitted)) << lines << " lines/mm, " << in.centre << " nm";
+        const Constants expected = ReferenceFit(in);
+        for (int pixel = 1; pixel <= pixels; ++pixel) {
+          const auto p = static_cast<float>(pixel);
+          const float value = p * (expected.c3 * p * p) + (expected.c0 + p * expected.c1 + p * (expected.c2 * p));
+          worst = std::max(worst, std::abs(static_cast<double>(fitted.ValueFor(p)) - static_cast<double>(value)));
+        }
+      }
+    }
+  }
+  EXPECT_LE(worst, 2e-4);
+}
+
+TEST(CalibrationAlgorithm, TheCubicStaysNearTheOptics) {
+  const Inputs in;
+  Constants fitted;
+  ASSERT_EQ(0, in.Fit(fitted));
+  const Reference optics(in);
+  for (int p = 1; p <= in.numberPixels; ++p) {
+    EXPECT_NEAR(static_cast<double>(optics.TrueWavelength(p)), fitted.ValueFor(static_cast<float>(p)), 2e-3);
+  }
+  EXPECT_NEAR(550.0F, fitted.ValueFor(512.0F), 2e-3F) << "the centre wavelength falls on the centre pixel";
+}
+
+TEST(CalibrationAlgorithm, ValueForKeepsItsGrouping) {
+  // Terms that a different order of additions would lose: 1e8 + 3 is 1e8 + 0 or + 8 in single precision.
+  const Constants constants{1e8F, 3.0F, 3.0F, 3.0F};
+  EXPECT_EQ(3.0F + ((1e8F + 3.0F) + 3.0F), constants.ValueFor(1.0F));
+  const Constants cancelling{1e8F, -1e8F, 3.0F, 3.0F};
+  EXPECT_EQ(6.0F, cancelling.ValueFor(1.0F)) << "c0 and c1 meet first";
+}
+
+TEST(CalibrationAlgorithm, ValidationNamesTheFirstBadArgument) {
+  struct Case {
+    int code;
+    void (*spoil)(Inputs&);
+  };
+  const Case cases[] = {
+      {1, [](Inputs& in) { in.centre = 0.0F; }},
+      {1, [](Inputs& in) { in.centre = -550.0F; }},
+      {1, [](Inputs& in) { in.centre = kNaN; }},
+      {2, [](Inputs& in) { in.type = Wave::kRamanShift; }},
+      {2,
+       [](Inputs& in) {
+         in.type = Wave::kRamanShift;
+         in.excitation = kInfinity;
+       }},
+      {3, [](Inputs& in) { in.detectorOffset = 512; }},
+      {3, [](Inputs& in) { in.detectorOffset = -512; }},
+      {3, [](Inputs& in) { in.detectorOffset = std::numeric_limits<int>::max(); }},
+      {3, [](Inputs& in) { in.detectorOffset = std::numeric_limits<int>::min(); }},
+      {3, [](Inputs& in) { in.numberPixels = 0; }},
+      {4, [](Inputs& in) { in.pixelWidth = 0.0F; }},
+      {4, [](Inputs& in) { in.pixelWidth = 1e33F; }},
+      {4, [](Inputs& in) { in.pixelWidth = kNaN; }},
+      {6, [](Inputs& in) { in.focalLength = 0.0F; }},
+      {6, [](Inputs& in) { in.focalLength = -kInfinity; }},
+      {6, [](Inputs& in) { in.focalLength = kNaN; }},
+      {7, [](Inputs& in) { in.tilt = 0.0F; }},
+      {7, [](Inputs& in) { in.tilt = -360.5F; }},
+      {7, [](Inputs& in) { in.tilt = kNaN; }},
+      {8, [](Inputs& in) { in.angularDeviation = 0.0F; }},
+      {8, [](Inputs& in) { in.angularDeviation = 361.0F; }},
+      {8, [](Inputs& in) { in.angularDeviation = kNaN; }},
+      {9, [](Inputs& in) { in.lines = 0.0; }},
+      {9, [](Inputs& in) { in.lines = 10'001.0; }},
+      {9, [](Inputs& in) { in.lines = kNaN; }},
+  };
+  int previous = 0;
+  Inputs allBad;
+  for (const Case& bad : cases) {
+    Inputs in;
+    bad.spoil(in);
+    EXPECT_EQ(bad.code, in.Validation());
+    EXPECT_EQ(bad.code, in.Code());
+    EXPECT_GE(bad.code, previous);
+    previous = bad.code;
+    bad.spoil(allBad);
+  }
+  EXPECT_EQ(1, allBad.Validation()) << "the first one counts";
+  EXPECT_EQ(0, Inputs().Validation());
+}
+
+TEST(CalibrationAlgorithm, DetectorOffsetsUpToLessThanHalfTheDetectorPass) {
+  for (const int offset : {511, -511}) {
+    Inputs in;
+    in.detectorOffset = offset;
+    Constants fitted;
+    EXPECT_EQ(0, in.Fit(fitted));
+    EXPECT_NEAR(550.0F, fitted.ValueFor(static_cast<float>(512 + offset)), 0.01F);
+  }
+  // Where half the detector lets only an offset of 0 through, a count of 0 or less comes out as a bad offset first.
+  Inputs in;
+  in.numberPixels = -1;
+  EXPECT_EQ(3, in.Validation());
+}
+
+TEST(CalibrationAlgorithm, ACentreBeyondTheGratingCannotBeReached) {
+  Inputs in;
+  in.lines = 1200.0;
+  const double reach = 2e6 / 1200.0 * std::cos(in.angularDeviation * kPi / 180.0);
+  in.centre = static_cast<float>(reach * 1.0001);
+  EXPECT_EQ(10, in.Code());
+  in.centre = kInfinity;
+  EXPECT_EQ(10, in.Code());
+  in.centre = 1e-4F;
+  in.lines = 0.001;
+  EXPECT_EQ(10, in.Code()) << "as good as zero order";
+}
+
+TEST(CalibrationAlgorithm, ReversePairsThePixelsWithMirroredSamples) {
+  Inputs in;
+  in.numberPixels = 1024;
+  Constants plain;
+  Constants reversed;
+  ASSERT_EQ(0, in.Fit(plain));
+  in.reverse = true;
+  ASSERT_EQ(0, in.Fit(reversed));
+  EXPECT_GT(plain.c1, 0.0F);
+  EXPECT_LT(reversed.c1, 0.0F);
+  // Samples: 1, 129, ..., 897, 1024 (from 1025).
+  const std::vector<int> pixels{1, 129, 257, 385, 513, 641, 769, 897, 1024};
+  for (std::size_t i = 0; i < pixels.size(); ++i) {
+    EXPECT_NEAR(plain.ValueFor(static_cast<float>(pixels[i])),
+                reversed.ValueFor(static_cast<float>(pixels[pixels.size() - 1 - i])), 0.03F);
+  }
+}
+
+TEST(CalibrationAlgorithm, FitsInTheCallersUnit) {
+  Inputs nanometres;
+  Constants inNm;
+  ASSERT_EQ(0, nanometres.Fit(inNm));
+
+  Inputs shift;
+  shift.type = Wave::kRamanShift;
+  shift.excitation = 532.0F;
+  shift.centre = Wave::FromNm(550.0F, shift.type, shift.unit, shift.excitation);
+  Constants inShift;
+  ASSERT_EQ(0, shift.Fit(inShift));
+
+  Inputs energy;
+  energy.unit = Wave::kElectronVolts;
+  energy.centre = Wave::FromNm(550.0F, energy.type, energy.unit, 0.0F);
+  Constants inEnergy;
+  ASSERT_EQ(0, energy.Fit(inEnergy)) << "a falling curve";
+  EXPECT_LT(inEnergy.c1, 0.0F);
+
+  for (const float p : {1.0F, 300.0F, 512.0F, 1024.0F}) {
+    const float nm = inNm.ValueFor(p);
+    EXPECT_NEAR((nm - 532.0F) / (nm * 532.0F) * 1e7F, inShift.ValueFor(p), 0.5F);
+    EXPECT_NEAR(1239.852F / nm, inEnergy.ValueFor(p), 1e-4F);
+  }
+}
+
+TEST(CalibrationAlgorithm, ADetectorOfFewerThanEightPixelsIsRefused) {
+  // All nine samples coincide on pixel 1, so no curve is known.
+  for (const int pixels : {1, 2, 7}) {
+    Inputs in;
+    in.numberPixels = pixels;
+    EXPECT_EQ(10, in.Code()) << pixels;
+  }
+  Inputs in;
+  in.numberPixels = 8;
+  EXPECT_EQ(0, in.Code());
+  in.numberPixels = std::numeric_limits<int>::max();
+  in.pixelWidth = 1e-5F;
+  in.Code();  // Ends, and leaves no arithmetic outside its type.
+}
+
+TEST(CalibrationAlgorithm, TestTellsFlatTurningAndUnusableCurves) {
+  const auto test = [](int n, const Constants& c) { return TCalibrationAlgorithm::TestCalibration(n, c); };
+  EXPECT_EQ(0, test(1024, {500.0F, 0.05F, 0.0F, 0.0F}));
+  EXPECT_EQ(0, test(1024, {500.0F, -0.05F, 0.0F, 0.0F}));
+  EXPECT_EQ(10, test(1024, {500.0F, 0.0F, 0.0F, 0.0F}));
+  EXPECT_EQ(10, test(9, {500.0F, 10.0F, -1.0F, 0.0F})) << "up and back down to where it began";
+  EXPECT_EQ(11, test(10, {500.0F, 10.0F, -0.75F, 0.0F})) << "turns on the detector";
+  EXPECT_EQ(0, test(10, {500.0F, 16.0F, -0.75F, 0.0F})) << "turns just behind its end";
+  // A step of exactly zero, from pixel 0 to 1: c1 + c2 + c3 = 0.
+  EXPECT_EQ(11, test(10, {500.0F, -1.0F, 1.0F, 0.0F})) << "a rising curve must not stand still";
+  EXPECT_EQ(0, test(10, {500.0F, 1.0F, -1.0F, 0.0F})) << "a falling one may";
+  for (const float bad : {kNaN, kInfinity, -kInfinity}) {
+    EXPECT_EQ(11, test(10, {bad, 1.0F, 0.0F, 0.0F}));
+    EXPECT_EQ(11, test(10, {500.0F, bad, 0.0F, 0.0F}));
+    EXPECT_EQ(11, test(10, {500.0F, 1.0F, bad, 0.0F}));
+    EXPECT_EQ(11, test(10, {500.0F, 1.0F, 0.0F, bad}));
+  }
+}
+
+TEST(CalibrationAlgorithm, TestJudgesEveryStepInSinglePrecision) {
+  // The answer is that of a walk over all steps, also close to where a curve turns.
+  std::mt19937 random(7);
+  std::uniform_real_distribution<float> unit(-1.0F, 1.0F);
+  int good = 0;
+  int turning = 0;
+  for (int i = 0; i < 20'000; ++i) {
+    const int n = 8 + static_cast<int>(random() % 300);
+    const auto length = static_cast<float>(n);
+    Constants c{500.0F, 0.1F * unit(random), unit(random) * 0.1F / length, unit(random) * 0.1F / (length * length)};
+    if (i % 2 == 0) {
+      // The curve turns within a pixel of the detector's end.
+      c.c1 = -2.0F * c.c2 * (length + unit(random)) - 3.0F * c.c3 * length * length;
+    }
+    const float m = length + 1.0F;
+    const double start = c.c0;
+    const double end = start + static_cast<double>(m * (c.c1 + m * (c.c2 + m * c.c3)));
+    int expected = end == start ? 10 : 0;
+    for (int k = 0; k < n && expected == 0; ++k) {
+      const auto from = static_cast<float>(k);
+      const float step = ((from + 1.0F) * (3.0F * c.c3) + 2.0F * c.c2) * from + (c.c2 + c.c1 + c.c3);
+      expected = (step > 0.0F) != (end > start) ? 11 : 0;
+    }
+    ASSERT_EQ(expected, TCalibrationAlgorithm::TestCalibration(n, c)) << "curve " << i;
+    good += expected == 0 ? 1 : 0;
+    turning += expected == 11 ? 1 : 0;
+  }
+  EXPECT_GT(good, 1'000);
+  EXPECT_GT(turning, 1'000);
+}
+
+}  // namespace
