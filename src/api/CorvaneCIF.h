@@ -250,8 +250,9 @@ CORVANE_API unsigned int CorvaneAccessoryIsPresent(int device, int* present);
 CORVANE_API unsigned int CorvaneEepromGetOpticalParams(int device, float* focalLength, float* angularDeviation,
                                                        float* focalTilt);
 
-/* Pixel width in micrometres and number of pixels along the dispersion. Read from the camera behind which the
- * instrument was found, until set here. CORVANE_P2_INVALID: width below 1.0, count below 1. */
+/* Pixel width in micrometres and number of pixels along the dispersion. The first device of the list takes both from
+ * the camera, if there is one, until they are set here; for the others they are 0 until set. CORVANE_P2_INVALID: width
+ * below 1.0, count below 1. */
 CORVANE_API unsigned int CorvaneSetPixelWidth(int device, float width);
 CORVANE_API unsigned int CorvaneGetPixelWidth(int device, float* width);
 CORVANE_API unsigned int CorvaneSetNumberPixels(int device, int count);
