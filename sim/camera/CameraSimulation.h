@@ -1,0 +1,93 @@
+// The simulated camera: one I2C bus with the scenario's motion controller at address 0x58, and a detector. Behind the
+// entry points in TivanEntryPoints.cpp, which add nothing but the C face. Every operation locks: a bus carries one
+// transfer at a time, and a transfer that waits for a motion keeps the bus.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "controller/MotionController.h"
+#include "controller/Scenario.h"
+#include "controller/SimulationLog.h"
+
+namespace corvane::sim {
+
+/// Statuses of the camera SDK.
+enum TivanStatus : unsigned int {
+  kTivanSuccess = 20002,
+  kTivanBadParameter = 20066,
+  kTivanNotInitialized = 20075,
+  kTivanNoAnswer = 20080,  ///< no device at that I2C address, or it does not take such a transfer
+  kTivanFailure = 20991
+};
+
+class CameraSimulation {
+ public:
+  static constexpr std::uint8_t kControllerAddress = 0x58;
+
+  // The camera SDK's services.
+
+  /// directory: of the scenario; empty for the default. A bad scenario is reported on stderr.
+  unsigned int Initialize(std::string_view directory);
+  unsigned int ShutDown();
+  unsigned int BurstWrite(std::uint8_t address, std::span<const std::uint8_t> bytes);
+  /// A controller answers 0xB1 and the next bytes of its output, filled up with zeros; with nothing to say, 0xB0 (or
+  /// 0xB1 and zeros to a burst of sixteen or more, which is how hosts look for a controller). Waits for a reply that
+  /// is on its way.
+  unsigned int BurstRead(std::uint8_t address, std::span<std::uint8_t> bytes);
+  /// Register transfers: no device on the bus takes them.
+  unsigned int RegisterTransfer(std::uint8_t address, std::string_view operation);
+  unsigned int GetDetector(int& xPixels, int& yPixels);
+  unsigned int GetPixelSize(float& width, float& height);
+
+  // What TivanSimulation.h offers beyond.
+
+  bool IsInitialized();
+  bool KeepsState(int controller);
+  int NumberUsb();
+
+  enum class Answer { kDone, kNoController, kOutOfRange };
+  Answer TrueWavelength(int controller, double pixel, double& nanometres);
+  Answer TrueCentre(int controller, double& nanometres);
+  Answer Peek(int controller, int address, std::uint8_t& value);
+  Answer ArmReplyFault(int controller, std::string_view json);
+  Answer ClearReplyFaults(int controller);
+  unsigned long long Lines(int controller);
+  std::string Log();
+  unsigned long long Operations();
+  void ArmFault(const TransportFault& fault);
+  unsigned long long FaultHits();
+
+ private:
+  struct ArmedFault {
+    TransportFault fault;
+    unsigned long long armedAt = 0;  ///< operations before the fault was armed
+  };
+
+  /// Counts the transfer; the status of a fault that hits it.
+  std::optional<unsigned int> Begin();
+  unsigned int End(std::string_view operation, std::uint8_t address, std::span<const std::uint8_t> bytes,
+                   unsigned int status);
+  bool Hits(const ArmedFault& armed) const;
+  void AwaitOutput();
+  MotionController* Controller(int controller);
+
+  std::mutex mMutex;
+  std::optional<Scenario> mScenario;
+  std::unique_ptr<SimulationLog> mLog;
+  std::unique_ptr<MotionController> mController;
+  bool mInitialized = false;
+  unsigned long long mOperations = 0;
+  std::vector<ArmedFault> mScenarioFaults;
+  std::optional<ArmedFault> mTestFault;
+  unsigned long long mFaultHits = 0;
+};
+
+}  // namespace corvane::sim

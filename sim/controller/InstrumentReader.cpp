@@ -1,0 +1,354 @@
+#include "controller/InstrumentReader.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+#include "controller/EepromImage.h"
+#include "controller/OpticalModel.h"
+
+namespace corvane::sim {
+namespace {
+
+using nlohmann::json;
+
+constexpr double kAnyFloat = 3.0e38;
+constexpr int kAnyInt = std::numeric_limits<int>::max();
+constexpr double kLongestMotion = 600000.0;
+/// Separators of the controller's replies.
+constexpr const char* kSeparators = ",";
+
+template <typename Values>
+void ReadNumbers(JsonSection& section, const char* key, Values& target, std::size_t most) {
+  if (const json* const array = section.Array(key, 0, most)) {
+    for (std::size_t i = 0; i < array->size(); ++i) {
+      const json& value = (*array)[i];
+      using Number = typename Values::value_type;
+      const bool fits = std::is_integral_v<Number> ? value.is_number_integer() : value.is_number();
+      if (!fits || std::abs(value.get<double>()) > (std::is_integral_v<Number> ? double{kAnyInt} : kAnyFloat)) {
+        section.Fail(key, "[" + std::to_string(i) + "] must be " +
+                              (std::is_integral_v<Number> ? "a whole number of steps" : "a number"));
+      }
+      target[i] = value.get<Number>();
+    }
+  }
+}
+
+void ReadTexts(JsonSection& section, const char* key, std::array<std::string, kFilters>& target, std::size_t longest) {
+  if (const json* const array = section.Array(key, 0, target.size())) {
+    for (std::size_t i = 0; i < array->size(); ++i) {
+      const json& value = (*array)[i];
+      if (!value.is_string() || value.get_ref<const std::string&>().size() > longest) {
+        section.Fail(
+            key, "[" + std::to_string(i) + "] must be a text of at most " + std::to_string(longest) + " characters");
+      }
+      target[i] = value.get<std::string>();
+    }
+  }
+}
+
+StructureVersion ReadStructureVersion(JsonSection& section) {
+  constexpr const char* kKey = "structureVersion";
+  std::string text = "3.0";
+  section.Read(kKey, text, 10);
+  StructureVersion version;
+  const char* const end = text.data() + text.size();
+  const auto [dot, error] = std::from_chars(text.data(), end, version.major);
+  if (error != std::errc{} || dot == end || *dot != '.') {
+    section.Fail(kKey, "must be major.minor, for example \"3.0\"");
+  }
+  const auto [rest, minorError] = std::from_chars(dot + 1, end, version.minor);
+  if (minorError != std::errc{} || rest != end || version.major < 1 || version.minor < 0) {
+    section.Fail(kKey, "must be major.minor, from \"1.0\"");
+  }
+  return version;
+}
+
+Grating ReadGrating(JsonSection section, Grating grating, StructureVersion version) {
+  section.Read("lines", grating.lines, 1.0, 10000.0);
+  section.Read("blaze", grating.blaze, version.major >= 3 ? 6 : 4, kSeparators);
+  section.Read("start", grating.start, -kAnyInt, kAnyInt);
+  section.Read("offset", grating.offset, -kAnyInt, kAnyInt);
+  section.Finish();
+  return grating;
+}
+
+std::vector<Turret> ReadTurrets(JsonSection& section, const InstrumentDescription& defaults, int totalSteps) {
+  const StructureVersion version = defaults.structure;
+  const std::size_t leastGratings = version.AtLeast(1, 2) ? 1 : kMaxGratings;
+  std::vector<Turret> turrets;
+  for (JsonSection& entry : section.Sections("turrets", 1, version.AtLeast(1, 3) ? kMaxTurrets : 1)) {
+    Turret turret;
+    for (JsonSection& grating : entry.Sections("gratings", leastGratings, kMaxGratings)) {
+      Grating start = defaults.record.turrets[0].gratings[turret.gratings.size()];
+      start.start = static_cast<int>(turret.gratings.size()) * (totalSteps / kMaxGratings);
+      turret.gratings.push_back(ReadGrating(std::move(grating), start, version));
+    }
+    if (turret.gratings.empty()) {
+      entry.Fail("gratings", "is missing");
+    }
+    entry.Finish();
+    turrets.push_back(std::move(turret));
+  }
+  if (turrets.empty()) {
+    turrets = defaults.record.turrets;
+    for (std::size_t g = 0; g < turrets[0].gratings.size(); ++g) {
+      turrets[0].gratings[g].start = static_cast<int>(g) * (totalSteps / kMaxGratings);
+    }
+  }
+  return turrets;
+}
+
+void ReadRecord(JsonSection section, Record& record, StructureVersion version, int turrets) {
+  section.Read("id", record.id, 20);
+  section.Read("serial", record.serial, 10);
+  section.Read("manufactured", record.manufactured, 11);
+  section.Read("modified", record.modified, 11);
+  section.Read("focalLength", record.focalLength, 0.001, 100.0);
+  section.Read("angularDeviation", record.angularDeviation, -89.0, 89.0);
+  section.Read("tilt", record.tilt, -89.0, 89.0);
+  // The exact polynomial of a drive that turns with the grating, unless the file has another.
+  record.coefficients = DefaultCoefficients(record.angularDeviation);
+  ReadNumbers(section, "coefficients", record.coefficients, record.coefficients.size());
+  if (auto sine = section.Section("sine")) {
+    sine->Read("amplitude", record.sineAmplitude, -1.0e6, 1.0e6);
+    sine->Read("phase", record.sinePhase, -1.0e3, 1.0e3);
+    sine->Read("frequency", record.sineFrequency, -1.0e9, 1.0e9);
+    sine->Finish();
+    if (2.0 * std::numbers::pi * std::abs(static_cast<double>(record.sineAmplitude)) >=
+            std::abs(static_cast<double>(record.sineFrequency)) &&
+        record.sineAmplitude != 0.0F) {
+      section.Fail("sine", "turns the drive back: 2 pi amplitude must be less than the frequency");
+    }
+  }
+  section.Read("waveToStepsEnabled", record.waveToStepsEnabled);
+  section.Read("currentWavelength", record.currentWavelength, 0.0, kAnyFloat);
+  ReadNumbers(section, "detectorOffsets", record.detectorOffsets, version.major >= 3 ? 4 : 2);
+  ReadTexts(section, "filters", record.filters, 10);
+  int activeTurret = record.activeTurret + 1;
+  section.Read("activeTurret", activeTurret, 1, turrets);
+  record.activeTurret = activeTurret - 1;
+  section.Finish();
+}
+
+Drive ReadDrive(JsonSection section) {
+  Drive drive;
+  section.Read("totalSteps", drive.totalSteps, 1000, 1000000000);
+  section.Read("microsteps", drive.microsteps, 1, 65536);
+  ReadNumbers(section, "zeroErrors", drive.zeroErrors, drive.zeroErrors.size());
+  section.Finish();
+  return drive;
+}
+
+void ReadSlits(JsonSection section, Parts& parts) {
+  constexpr std::array<const char*, kSlits> kTags{"SI1", "SI2", "SO1", "SO2"};
+  for (std::size_t i = 0; i < kSlits; ++i) {
+    Slit& slit = parts.slits[i];
+    slit = Slit{};
+    if (auto entry = section.Section(kTags[i])) {
+      slit.fitted = true;
+      entry->Read("mode", slit.mode, 35, kSeparators);
+      entry->Read("width", slit.width, 10, 24000);
+      entry->Finish();
+    }
+  }
+  section.Finish();
+}
+
+void ReadParts(JsonSection section, Parts& parts) {
+  if (auto slits = section.Section("slits")) {
+    ReadSlits(std::move(*slits), parts);
+  }
+  section.Read("filterWheel", parts.filterWheel);
+  if (const json* const focus = section.Take("focusMirror")) {
+    parts.focusMirror = !focus->is_null();
+    if (parts.focusMirror) {
+      JsonSection entry(*focus, section.File(), section.PlaceOf("focusMirror"));
+      entry.Read("totalSteps", parts.focusTotalSteps, 1, 1000000000);
+      entry.Finish();
+    }
+  }
+  section.Read("entranceFlipper", parts.entranceFlipper);
+  section.Read("exitFlipper", parts.exitFlipper);
+  section.Read("portInputs", parts.portInputs, 0, 15);
+  if (const json* const others = section.Array("others", 0, 64)) {
+    for (const json& name : *others) {
+      if (!name.is_string() || name.get_ref<const std::string&>().empty()) {
+        section.Fail("others", "must hold names");
+      }
+      parts.others.push_back(name.get<std::string>());
+    }
+  }
+  section.Finish();
+}
+
+void ReadMotion(JsonSection& instrument, MotionTimes& times) {
+  const json* const value = instrument.Take("motion");
+  if (value == nullptr) {
+    return;
+  }
+  if (value->is_number()) {
+    double all = 0;
+    instrument.Read("motion", all, 0.0, kLongestMotion);
+    times = {all, all, all, all, all, all, all};
+    return;
+  }
+  JsonSection section(*value, instrument.File(), instrument.PlaceOf("motion"));
+  section.Read("wavelength", times.wavelength, 0.0, kLongestMotion);
+  section.Read("grating", times.grating, 0.0, kLongestMotion);
+  section.Read("home", times.home, 0.0, kLongestMotion);
+  section.Read("filter", times.filter, 0.0, kLongestMotion);
+  section.Read("slit", times.slit, 0.0, kLongestMotion);
+  section.Read("focus", times.focus, 0.0, kLongestMotion);
+  section.Read("flipper", times.flipper, 0.0, kLongestMotion);
+  section.Finish();
+}
+
+void ReadMemory(JsonSection section, InstrumentDescription& instrument) {
+  int fill = instrument.memoryFill;
+  section.Read("fill", fill, 0, 255);
+  instrument.memoryFill = static_cast<unsigned char>(fill);
+  for (JsonSection& entry : section.Sections("patches", 0, EepromImage::kSize)) {
+    MemoryPatch patch;
+    entry.Read("address", patch.address, 1, EepromImage::kSize);
+    if (const json* const bytes = entry.Array("bytes", 1, EepromImage::kSize)) {
+      for (const json& byte : *bytes) {
+        if (!byte.is_number_unsigned() || byte.get<std::uint64_t>() > 255) {
+          entry.Fail("bytes", "must hold numbers from 0 to 255");
+        }
+        patch.bytes.push_back(byte.get<unsigned char>());
+      }
+    }
+    entry.Finish();
+    instrument.memoryPatches.push_back(std::move(patch));
+  }
+  section.Finish();
+}
+
+/// Where the instrument stands must be a place that it can reach.
+void CheckStand(const JsonSection& section, const InstrumentDescription& instrument) {
+  const Record& record = instrument.record;
+  const std::vector<Grating>& gratings = record.turrets[static_cast<std::size_t>(record.activeTurret)].gratings;
+  if (instrument.grating > static_cast<int>(gratings.size())) {
+    section.Fail("grating", "must be one of the " + std::to_string(gratings.size()) + " on the active turret");
+  }
+  const OpticalModel model(record, gratings[static_cast<std::size_t>(instrument.grating) - 1].lines,
+                           instrument.drive.totalSteps, instrument.structure.major >= 2);
+  if (!model.IsMonotonic()) {
+    section.Fail("record", "has coefficients that do not rise over the drive's range");
+  }
+  if (!model.StepsFromZero(instrument.wavelength)) {
+    section.Fail("wavelength", "is beyond what the grating reaches");
+  }
+}
+
+}  // namespace
+
+std::string AbsoluteFile(const std::string& name, const std::filesystem::path& directory) {
+  return name.empty() ? name : std::filesystem::absolute(directory / name).string();
+}
+
+InstrumentDescription ReadInstrument(JsonSection section, const std::filesystem::path& directory) {
+  std::string model = "LX";
+  section.Read("model", model, 8);
+  if (model != "LX" && model != "MX") {
+    section.Fail("model", R"(must be "LX" or "MX")");
+  }
+  InstrumentDescription instrument = DefaultInstrument(model, ReadStructureVersion(section));
+  section.Read("maker", instrument.maker, 64, kSeparators);
+  section.Read("designation", instrument.designation, 64, kSeparators);
+  section.Read("serial", instrument.serial, 49, kSeparators);
+  section.Read("board", instrument.board, 64, kSeparators);
+  section.Read("firmware", instrument.firmware, 16, kSeparators);
+  instrument.record.serial = instrument.serial.substr(0, 10);
+  section.Read("wavelength", instrument.wavelength, 0.0, kAnyFloat);
+  instrument.record.currentWavelength = instrument.wavelength;
+  section.Read("grating", instrument.grating, 1, kMaxGratings);
+  if (auto drive = section.Section("drive")) {
+    instrument.drive = ReadDrive(std::move(*drive));
+  }
+  instrument.record.turrets = ReadTurrets(section, instrument, instrument.drive.totalSteps);
+  if (auto record = section.Section("record")) {
+    ReadRecord(std::move(*record), instrument.record, instrument.structure,
+               static_cast<int>(instrument.record.turrets.size()));
+  }
+  if (auto parts = section.Section("parts")) {
+    ReadParts(std::move(*parts), instrument.parts);
+  }
+  ReadMotion(section, instrument.motion);
+  section.Read("latency", instrument.latency, 0.0, kLongestMotion);
+  std::string state;
+  section.Read("state", state, 4096);
+  instrument.stateFile = AbsoluteFile(state, directory);
+  if (auto memory = section.Section("memory")) {
+    ReadMemory(std::move(*memory), instrument);
+  }
+  for (JsonSection& fault : section.Sections("faults", 0, 1000)) {
+    instrument.faults.push_back(ReadReplyFault(std::move(fault)));
+  }
+  section.Finish();
+  CheckStand(section, instrument);
+  return instrument;
+}
+
+ReplyFault ReadReplyFault(JsonSection section) {
+  ReplyFault fault;
+  section.Read("command", fault.command, 64);
+  section.Read("occurrence", fault.occurrence, 1, kAnyInt);
+  section.Read("repeat", fault.fromThenOn);
+  int effects = 0;
+  const auto text = [&](const char* key, ReplyFault::Kind kind) {
+    if (section.Take(key) != nullptr) {
+      section.ReadRaw(key, fault.text);
+      fault.kind = kind;
+      ++effects;
+    }
+  };
+  text("error", ReplyFault::Kind::kError);
+  text("reply", ReplyFault::Kind::kReply);
+  text("stale", ReplyFault::Kind::kStale);
+  bool silence = false;
+  section.Read("silence", silence);
+  if (silence) {
+    fault.kind = ReplyFault::Kind::kSilence;
+    ++effects;
+  }
+  if (auto split = section.Section("split")) {
+    int at = 1;
+    split->Read("at", at, 0, kAnyInt);
+    split->Read("gap", fault.milliseconds, 0.0, kLongestMotion);
+    split->Finish();
+    fault.splitAt = static_cast<std::size_t>(at);
+    fault.kind = ReplyFault::Kind::kSplit;
+    ++effects;
+  }
+  if (section.Take("slow") != nullptr) {
+    section.Read("slow", fault.milliseconds, 0.0, kLongestMotion);
+    fault.kind = ReplyFault::Kind::kSlow;
+    ++effects;
+  }
+  section.Finish();
+  if (effects != 1) {
+    section.Fail("error", "or one of reply, stale, silence, split, slow must be given, and only one");
+  }
+  return fault;
+}
+
+std::vector<TransportFault> ReadTransportFaults(JsonSection& section, const char* key) {
+  std::vector<TransportFault> faults;
+  for (JsonSection& entry : section.Sections(key, 0, 1000)) {
+    TransportFault fault;
+    fault.operation = 1;
+    entry.Read("operation", fault.operation, 1);
+    entry.Read("repeat", fault.fromThenOn);
+    int status = static_cast<int>(fault.status);
+    entry.Read("status", status, 0, kAnyInt);
+    fault.status = static_cast<unsigned int>(status);
+    entry.Finish();
+    faults.push_back(fault);
+  }
+  return faults;
+}
+
+}  // namespace corvane::sim

@@ -1,0 +1,53 @@
+// One object of a scenario file, read strictly: every value has a type and a range, every key must be known. Errors
+// carry the file and the place. Used by the scenario reader only.
+#pragma once
+
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "controller/Scenario.h"
+
+namespace corvane::sim {
+
+class JsonSection {
+ public:
+  /// value is borrowed. place is what messages call it, for example "i2c.record"; empty for the whole file.
+  JsonSection(const nlohmann::json& value, std::string file, std::string place);
+
+  // Each leaves target as it is when the key is absent.
+  void Read(const char* key, bool& target);
+  void Read(const char* key, int& target, int low, int high);
+  void Read(const char* key, unsigned long long& target, unsigned long long low);
+  void Read(const char* key, double& target, double low, double high);
+  void Read(const char* key, float& target, double low, double high);
+  /// Printable text of at most longest characters, none of them in `without`.
+  void Read(const char* key, std::string& target, std::size_t longest, const char* without = "");
+  /// Any text, control characters too.
+  void ReadRaw(const char* key, std::string& target);
+
+  /// The value of a key, marked as known; null when absent.
+  const nlohmann::json* Take(const char* key);
+  /// The object behind a key; none when the key is absent.
+  std::optional<JsonSection> Section(const char* key);
+  /// The objects of the array behind a key.
+  std::vector<JsonSection> Sections(const char* key, std::size_t least, std::size_t most);
+  /// The array behind a key with its elements readable under their index; none when absent.
+  const nlohmann::json* Array(const char* key, std::size_t least, std::size_t most);
+
+  std::string PlaceOf(const std::string& key) const;
+  const std::string& File() const { return mFile; }
+  [[noreturn]] void Fail(const std::string& key, const std::string& problem) const;
+  /// To be called at the end: fails for a key that nobody asked for.
+  void Finish() const;
+
+ private:
+  const nlohmann::json* mValue;
+  std::string mFile;
+  std::string mPlace;
+  std::vector<std::string> mKnown;
+};
+
+}  // namespace corvane::sim

@@ -1,0 +1,162 @@
+#include "controller/MotionController.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "controller/CommandSet.h"
+
+namespace corvane::sim {
+namespace {
+
+constexpr char kCarriageReturn = '\r';
+constexpr std::size_t kLongestLine = 512;
+constexpr std::size_t kKeptLines = 100000;
+/// A host that never reads loses replies, as with a real controller's output buffer.
+constexpr std::size_t kOutputBuffer = 1UL << 20U;
+constexpr const char* kLineTooLong = "E01";
+
+MotionController::Microseconds FromMilliseconds(double milliseconds) {
+  return MotionController::Microseconds(std::llround(milliseconds * 1000.0));
+}
+
+/// The bytes of a reply: a query's value comes after the echo of the query.
+std::string Framed(const std::string& line, const Reply& reply) {
+  switch (reply.kind) {
+    case Reply::Kind::kValue:
+      return line + "\r\n" + reply.text + "\r\nOK\r";
+    case Reply::Kind::kError:
+      return reply.text + "\r";
+    case Reply::Kind::kDone:
+      break;
+  }
+  return "OK\r";
+}
+
+const ReplyFault* Find(const std::vector<ReplyFault>& faults, ReplyFault::Kind kind) {
+  const auto found = std::find_if(faults.begin(), faults.end(), [&](const ReplyFault& f) { return f.kind == kind; });
+  return found == faults.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+MotionController::Clock MotionController::SystemClock() {
+  return [] { return std::chrono::duration_cast<Microseconds>(std::chrono::steady_clock::now().time_since_epoch()); };
+}
+
+MotionController::MotionController(const InstrumentDescription& description, SimulationLog* log, std::string name,
+                                   Clock clock)
+    : mInstrument(description), mLog(log), mName(std::move(name)), mClock(std::move(clock)) {
+  for (const ReplyFault& fault : description.faults) {
+    Arm(fault);
+  }
+}
+
+void MotionController::Arm(const ReplyFault& fault) {
+  mFaults.push_back({fault, 0});
+}
+
+void MotionController::ClearFaults() {
+  mFaults.clear();
+}
+
+void MotionController::FromHost(std::span<const std::uint8_t> bytes) {
+  for (const std::uint8_t byte : bytes) {
+    const char character = static_cast<char>(byte);
+    if (character != kCarriageReturn) {
+      // One character beyond the limit is kept: it tells an overlong line from a whole one.
+      if (mPartialLine.size() <= kLongestLine) {
+        mPartialLine.push_back(character);
+      }
+      continue;
+    }
+    const std::string line = std::move(mPartialLine);
+    mPartialLine.clear();
+    TakeLine(line);
+  }
+}
+
+void MotionController::TakeLine(const std::string& line) {
+  if (mLines.size() >= 2 * kKeptLines) {
+    mLines.erase(mLines.begin(), mLines.begin() + kKeptLines);
+  }
+  mLines.push_back(line);
+  ++mLineCount;
+  if (mLog != nullptr) {
+    mLog->FromHost(mName, line);
+  }
+
+  const std::vector<ReplyFault> faults = FaultsFor(line);
+  mFaultHits += static_cast<int>(!faults.empty());
+  if (Find(faults, ReplyFault::Kind::kSilence) != nullptr) {
+    return;
+  }
+  Reply reply{Reply::Kind::kError, kLineTooLong, 0};
+  if (const ReplyFault* const refusal = Find(faults, ReplyFault::Kind::kError)) {
+    reply.text = refusal->text;
+  } else if (line.size() <= kLongestLine) {
+    reply = Execute(mInstrument, line);
+  }
+  const ReplyFault* const replaced = Find(faults, ReplyFault::Kind::kReply);
+  mBusyUntil = std::max(mBusyUntil, mClock()) + FromMilliseconds(reply.milliseconds);
+  Send(replaced != nullptr ? replaced->text : Framed(line, reply),
+       mBusyUntil + FromMilliseconds(mInstrument.Description().latency), faults);
+}
+
+std::vector<ReplyFault> MotionController::FaultsFor(const std::string& line) {
+  std::vector<ReplyFault> hits;
+  for (ArmedFault& armed : mFaults) {
+    if (armed.fault.command != "*" && armed.fault.command != WordOf(line)) {
+      continue;
+    }
+    ++armed.seen;
+    if (armed.seen == armed.fault.occurrence || (armed.fault.fromThenOn && armed.seen > armed.fault.occurrence)) {
+      hits.push_back(armed.fault);
+    }
+  }
+  return hits;
+}
+
+void MotionController::Send(const std::string& reply, Microseconds due, const std::vector<ReplyFault>& faults) {
+  const ReplyFault* const stale = Find(faults, ReplyFault::Kind::kStale);
+  const ReplyFault* const split = Find(faults, ReplyFault::Kind::kSplit);
+  const ReplyFault* const slow = Find(faults, ReplyFault::Kind::kSlow);
+  const std::string bytes = (stale != nullptr ? stale->text : "") + reply;
+  if (mLog != nullptr) {
+    mLog->ToHost(mName, bytes);
+  }
+  if (mOutput.size() + bytes.size() > kOutputBuffer) {
+    return;
+  }
+  if (!mOutput.empty()) {
+    due = std::max(due, mOutput.back().due);
+  }
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (slow != nullptr) {
+      due += FromMilliseconds(slow->milliseconds);
+    }
+    if (split != nullptr && i == split->splitAt) {
+      due += FromMilliseconds(split->milliseconds);
+    }
+    mOutput.push_back({static_cast<std::uint8_t>(bytes[i]), due});
+  }
+}
+
+std::size_t MotionController::ToHost(std::span<std::uint8_t> buffer) {
+  const Microseconds now = mOutput.empty() ? Microseconds(0) : mClock();
+  std::size_t count = 0;
+  while (count < buffer.size() && !mOutput.empty() && mOutput.front().due <= now) {
+    buffer[count] = mOutput.front().value;
+    mOutput.pop_front();
+    ++count;
+  }
+  return count;
+}
+
+std::optional<MotionController::Microseconds> MotionController::UntilOutput() const {
+  if (mOutput.empty()) {
+    return std::nullopt;
+  }
+  return std::max(mOutput.front().due - mClock(), Microseconds(0));
+}
+
+}  // namespace corvane::sim

@@ -1,0 +1,18 @@
+// The file in which a simulated instrument keeps its memory and its positions from run to run.
+#pragma once
+
+#include <string>
+
+#include "controller/EepromImage.h"
+#include "controller/Positions.h"
+
+namespace corvane::sim {
+
+/// False when there is no such file (outputs untouched). Throws std::runtime_error when the file is damaged, holds a
+/// position that does not exist, or is one of another instrument.
+bool LoadState(const InstrumentDescription& description, EepromImage& memory, Positions& positions);
+
+/// Replaces the file as a whole. A failure is reported on stderr: the instrument works on without keeping its state.
+void SaveState(const InstrumentDescription& description, const EepromImage& memory, const Positions& positions);
+
+}  // namespace corvane::sim
