@@ -1,0 +1,66 @@
+// The serial side of one interface of a bridge chip: receive buffer, latency timer, and the packets that an IN transfer
+// is made of. Used by BridgeChip, which locks.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <span>
+#include <vector>
+
+#include "controller/ISerialPeer.h"
+
+class BridgeChannel {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  static constexpr unsigned kDefaultLatency = 16;
+  static constexpr std::size_t kStatusBytes = 2;
+
+  /// What a look at the chip did for an IN transfer.
+  struct Progress {
+    std::size_t filled = 0;
+    /// The transfer ends: a short packet came, the space is used up, or a packet did not fit.
+    bool ended = false;
+    bool overflow = false;
+    /// When to look again if it did not end.
+    Clock::time_point next = Clock::time_point::max();
+  };
+
+  /// The peer is borrowed and may be null: nobody answers.
+  BridgeChannel(ISerialPeer* peer, std::size_t packetSize, bool repliesAtOnce);
+
+  /// Bytes from the host go to the peer.
+  void Write(std::span<const std::uint8_t> bytes);
+  /// Moves packets into the space: full ones as long as there are data, and a short one when the latency period has
+  /// ended or when short replies are sent at once. started tells that the transfer already holds packets.
+  Progress Read(std::span<std::uint8_t> space, bool started, Clock::time_point now);
+  /// Drops what the chip received from its peer and has not sent yet.
+  void PurgeReceive();
+  /// The state after power-on. What the peer has to say later is not lost.
+  void PowerOn();
+
+  void SetRepliesAtOnce(bool atOnce) { mRepliesAtOnce = atOnce; }
+  void SetStatus(std::uint8_t modem, std::uint8_t line);
+  std::span<const std::uint8_t, kStatusBytes> Status() const { return mStatus; }
+  void SetLatency(std::uint8_t milliseconds) { mLatency = milliseconds; }
+  std::uint8_t Latency() const { return mLatency; }
+  void QueueRawPacket(std::vector<std::uint8_t> packet);
+
+ private:
+  /// Receives from the peer until at least this many bytes wait or it has no more.
+  void Receive(std::size_t wanted);
+  Clock::time_point PeriodEnd() const;
+  std::size_t PutPacket(std::span<std::uint8_t> space, std::size_t payload);
+
+  ISerialPeer* mPeer;
+  std::size_t mPacketSize;
+  bool mRepliesAtOnce;
+  std::uint8_t mLatency = kDefaultLatency;
+  std::uint8_t mStatus[kStatusBytes];
+  std::vector<std::uint8_t> mReceived;
+  std::size_t mSent = 0;
+  std::deque<std::vector<std::uint8_t>> mRawPackets;
+  Clock::time_point mLastPacket;
+};

@@ -1,0 +1,383 @@
+#include "bridge/BridgeChip.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <stdexcept>
+#include <utility>
+
+namespace {
+
+// Standard requests and descriptor types of USB 2.0.
+constexpr std::uint8_t kTypeMask = 0x60;
+constexpr std::uint8_t kStandard = 0x00;
+constexpr std::uint8_t kVendor = 0x40;
+constexpr std::uint8_t kToHost = 0x80;
+constexpr std::uint8_t kGetStatus = 0;
+constexpr std::uint8_t kGetDescriptor = 6;
+constexpr std::uint8_t kGetConfiguration = 8;
+constexpr std::uint8_t kSetConfiguration = 9;
+constexpr std::uint8_t kDeviceType = 1;
+constexpr std::uint8_t kConfigurationType = 2;
+constexpr std::uint8_t kStringType = 3;
+constexpr std::uint8_t kInterfaceType = 4;
+constexpr std::uint8_t kEndpointType = 5;
+constexpr std::uint8_t kBulk = 2;
+constexpr std::uint16_t kEnglish = 0x0409;
+constexpr std::size_t kLongestString = 126;
+
+// Vendor requests.
+constexpr std::uint8_t kReset = 0;
+constexpr std::uint8_t kModemControl = 1;
+constexpr std::uint8_t kFlowControl = 2;
+constexpr std::uint8_t kBaudRate = 3;
+constexpr std::uint8_t kDataCharacteristics = 4;
+constexpr std::uint8_t kModemStatus = 5;
+constexpr std::uint8_t kEventCharacter = 6;
+constexpr std::uint8_t kErrorCharacter = 7;
+constexpr std::uint8_t kSetLatency = 9;
+constexpr std::uint8_t kGetLatency = 10;
+constexpr std::uint8_t kSetBitMode = 11;
+constexpr std::uint8_t kGetBitMode = 12;
+constexpr std::uint8_t kEepromRead = 0x90;
+constexpr std::uint8_t kEepromWrite = 0x91;
+constexpr std::uint8_t kEepromErase = 0x92;
+constexpr std::uint16_t kResetAll = 0;
+constexpr std::uint16_t kPurgeReceive = 1;
+constexpr std::uint16_t kPurgeTransmit = 2;
+constexpr std::uint16_t kErasedWord = 0xFFFF;
+
+constexpr std::uint8_t Low(std::size_t value) {
+  return static_cast<std::uint8_t>(value & 0xFF);
+}
+constexpr std::uint8_t High(std::size_t value) {
+  return static_cast<std::uint8_t>((value >> 8) & 0xFF);
+}
+
+int Answer(std::span<std::uint8_t> data, std::span<const std::uint8_t> answer) {
+  const std::size_t length = std::min(data.size(), answer.size());
+  std::copy_n(answer.begin(), length, data.begin());
+  return static_cast<int>(length);
+}
+
+std::vector<std::uint8_t> StringDescriptor(const std::string& text) {
+  std::vector<std::uint8_t> descriptor{Low(2 + 2 * text.size()), kStringType};
+  for (const char character : text) {
+    descriptor.push_back(static_cast<std::uint8_t>(character));
+    descriptor.push_back(0);
+  }
+  return descriptor;
+}
+
+std::uint16_t PacketSizeOf(const BridgeChip::Options& options) {
+  if (options.packetSize != 0) {
+    return options.packetSize;
+  }
+  return options.highSpeed ? 512 : 64;
+}
+
+}  // namespace
+
+BridgeChip::BridgeChip(const Options& options, const std::vector<ISerialPeer*>& peers)
+    : mOptions(options), mPacketSize(PacketSizeOf(options)), mEeprom(options.eepromWords, kErasedWord) {
+  const auto tooLong = [](const std::string& text) { return text.size() > kLongestString; };
+  if (options.interfaces < 1 || options.interfaces > kMaximumInterfaces || mPacketSize <= BridgeChannel::kStatusBytes ||
+      tooLong(options.manufacturer) || tooLong(options.description) || tooLong(options.serialNumber)) {
+    throw std::invalid_argument("no such bridge chip");
+  }
+  for (std::size_t i = 0; i < static_cast<std::size_t>(options.interfaces); ++i) {
+    mChannels.emplace_back(i < peers.size() ? peers[i] : nullptr, mPacketSize, options.repliesAtOnce);
+  }
+}
+
+std::vector<BridgeChip::Request> BridgeChip::Requests() const {
+  const std::lock_guard lock(mMutex);
+  return mRequests;
+}
+
+void BridgeChip::ForgetRequests() {
+  const std::lock_guard lock(mMutex);
+  mRequests.clear();
+}
+
+void BridgeChip::SetRepliesAtOnce(bool atOnce) {
+  {
+    const std::lock_guard lock(mMutex);
+    for (auto& channel : mChannels) {
+      channel.SetRepliesAtOnce(atOnce);
+    }
+  }
+  Wake();
+}
+
+void BridgeChip::SetModemStatus(int interface, std::uint8_t modem, std::uint8_t line) {
+  const std::lock_guard lock(mMutex);
+  mChannels.at(static_cast<std::size_t>(interface)).SetStatus(modem, line);
+}
+
+unsigned BridgeChip::Latency(int interface) const {
+  const std::lock_guard lock(mMutex);
+  return mChannels.at(static_cast<std::size_t>(interface)).Latency();
+}
+
+void BridgeChip::Stall(std::uint8_t endpoint) {
+  {
+    const std::lock_guard lock(mMutex);
+    mHalted.insert(endpoint);
+  }
+  Wake();
+}
+
+void BridgeChip::Hold(std::uint8_t endpoint, bool hold) {
+  {
+    const std::lock_guard lock(mMutex);
+    if (hold) {
+      mHeld.insert(endpoint);
+    } else {
+      mHeld.erase(endpoint);
+    }
+  }
+  Wake();
+}
+
+void BridgeChip::QueueRawPacket(int interface, std::vector<std::uint8_t> packet) {
+  {
+    const std::lock_guard lock(mMutex);
+    mChannels.at(static_cast<std::size_t>(interface)).QueueRawPacket(std::move(packet));
+  }
+  Wake();
+}
+
+void BridgeChip::LookAtPeers() {
+  Wake();
+}
+
+std::vector<std::uint16_t> BridgeChip::Eeprom() const {
+  const std::lock_guard lock(mMutex);
+  return mEeprom;
+}
+
+void BridgeChip::SetEeprom(std::vector<std::uint16_t> words) {
+  const std::lock_guard lock(mMutex);
+  mEeprom = std::move(words);
+}
+
+int BridgeChip::Control(std::span<const std::uint8_t, 8> setup, std::span<std::uint8_t> data) {
+  const auto word = [&setup](std::size_t at) { return static_cast<std::uint16_t>(setup[at] | setup[at + 1] << 8); };
+  Request request{setup[0], setup[1], word(2), word(4), word(6), {}, false};
+  const std::lock_guard lock(mMutex);
+  switch (request.type & kTypeMask) {
+    case kStandard:
+      return StandardRequest(request, data);
+    case kVendor:
+      break;
+    default:
+      return -EPIPE;
+  }
+  const int result = VendorRequest(request, data);
+  request.stalled = result < 0;
+  if (result > 0) {
+    request.data.assign(data.begin(), data.begin() + result);
+  }
+  mRequests.push_back(std::move(request));
+  return result;
+}
+
+int BridgeChip::StandardRequest(const Request& request, std::span<std::uint8_t> data) {
+  const std::uint8_t index = Low(request.value);
+  switch (request.request) {
+    case kGetStatus:
+      return Answer(data, std::vector<std::uint8_t>{0, 0});
+    case kGetConfiguration:
+      return Answer(data, {&mConfiguration, 1});
+    case kSetConfiguration:
+      if (index > 1) {
+        return -EPIPE;
+      }
+      mConfiguration = index;
+      return 0;
+    case kGetDescriptor:
+      break;
+    default:
+      return -EPIPE;
+  }
+  const std::string* const texts[] = {&mOptions.manufacturer, &mOptions.description, &mOptions.serialNumber};
+  switch (High(request.value)) {
+    case kDeviceType:
+      return Answer(data, DeviceDescriptor());
+    case kConfigurationType:
+      return index == 0 ? Answer(data, ConfigurationDescriptor()) : -EPIPE;
+    case kStringType:
+      if (index == 0) {
+        return Answer(data, std::vector<std::uint8_t>{4, kStringType, Low(kEnglish), High(kEnglish)});
+      }
+      return index <= std::size(texts) && !texts[index - 1]->empty() ? Answer(data, StringDescriptor(*texts[index - 1]))
+                                                                     : -EPIPE;
+    default:
+      return -EPIPE;
+  }
+}
+
+int BridgeChip::VendorRequest(Request& request, std::span<std::uint8_t> data) {
+  const bool toHost = (request.type & kToHost) != 0;
+  const int taken = static_cast<int>(data.size());
+  if (request.request >= kEepromRead) {
+    return EepromRequest(request, data);
+  }
+  const bool asksForData =
+      request.request == kModemStatus || request.request == kGetLatency || request.request == kGetBitMode;
+  if (toHost != asksForData) {
+    return -EPIPE;
+  }
+  // The upper byte of the index carries a mode or divisor bits where there are any.
+  BridgeChannel* const channel = Channel(Low(request.index));
+  if (channel == nullptr && request.request != kBaudRate) {
+    return -EPIPE;
+  }
+  switch (request.request) {
+    case kReset:
+      if (request.value == kResetAll || request.value == kPurgeReceive) {
+        channel->PurgeReceive();
+      }
+      return request.value <= kPurgeTransmit ? taken : -EPIPE;
+    case kModemControl:
+    case kFlowControl:
+    case kBaudRate:
+    case kDataCharacteristics:
+    case kEventCharacter:
+    case kErrorCharacter:
+    case kSetBitMode:
+      return taken;
+    case kModemStatus:
+      return Answer(data, channel->Status());
+    case kSetLatency:
+      channel->SetLatency(Low(request.value));
+      return taken;
+    case kGetLatency:
+      return Answer(data, std::vector<std::uint8_t>{channel->Latency()});
+    case kGetBitMode:
+      return Answer(data, std::vector<std::uint8_t>{0});
+    default:
+      return -EPIPE;
+  }
+}
+
+int BridgeChip::EepromRequest(const Request& request, std::span<std::uint8_t> data) {
+  const bool toHost = (request.type & kToHost) != 0;
+  if (request.request == kEepromErase && !toHost) {
+    std::fill(mEeprom.begin(), mEeprom.end(), kErasedWord);
+    return 0;
+  }
+  if (request.index >= mEeprom.size()) {
+    return -EPIPE;
+  }
+  std::uint16_t& word = mEeprom[request.index];
+  if (request.request == kEepromRead && toHost) {
+    return Answer(data, std::vector<std::uint8_t>{Low(word), High(word)});
+  }
+  if (request.request == kEepromWrite && !toHost) {
+    word = request.value;
+    return 0;
+  }
+  return -EPIPE;
+}
+
+int BridgeChip::InterfaceOf(std::uint8_t endpoint) const {
+  for (int i = 0; i < mOptions.interfaces; ++i) {
+    if (endpoint == OutEndpoint(i) || (endpoint == InEndpoint(i) && mOptions.hasBulkIn)) {
+      return i;
+    }
+  }
+  return -1;
+}
+
+void BridgeChip::PowerOn() {
+  const std::lock_guard lock(mMutex);
+  for (auto& channel : mChannels) {
+    channel.PowerOn();
+  }
+  mHalted.clear();
+}
+
+bool BridgeChip::Halted(std::uint8_t endpoint) const {
+  const std::lock_guard lock(mMutex);
+  return mHalted.contains(endpoint);
+}
+
+void BridgeChip::ClearHalt(std::uint8_t endpoint) {
+  const std::lock_guard lock(mMutex);
+  mHalted.erase(endpoint);
+}
+
+bool BridgeChip::Held(std::uint8_t endpoint) const {
+  const std::lock_guard lock(mMutex);
+  return mHeld.contains(endpoint);
+}
+
+void BridgeChip::Write(std::uint8_t endpoint, std::span<const std::uint8_t> bytes) {
+  const std::lock_guard lock(mMutex);
+  mChannels.at(static_cast<std::size_t>(InterfaceOf(endpoint))).Write(bytes);
+}
+
+BridgeChannel::Progress BridgeChip::Read(std::uint8_t endpoint, std::span<std::uint8_t> space, bool started,
+                                         Clock::time_point now) {
+  const std::lock_guard lock(mMutex);
+  return mChannels.at(static_cast<std::size_t>(InterfaceOf(endpoint))).Read(space, started, now);
+}
+
+void BridgeChip::OnWake(std::function<void()> wake) {
+  const std::lock_guard lock(mWakeMutex);
+  mWake = std::move(wake);
+}
+
+std::vector<std::uint8_t> BridgeChip::DeviceDescriptor() const {
+  const auto index = [](const std::string& text, std::uint8_t number) {
+    return text.empty() ? std::uint8_t{0} : number;
+  };
+  return {18,
+          kDeviceType,
+          0x00,
+          0x02,
+          0,
+          0,
+          0,
+          std::uint8_t{64},
+          Low(mOptions.vendorId),
+          High(mOptions.vendorId),
+          Low(mOptions.productId),
+          High(mOptions.productId),
+          Low(mOptions.release),
+          High(mOptions.release),
+          index(mOptions.manufacturer, 1),
+          index(mOptions.description, 2),
+          index(mOptions.serialNumber, 3),
+          1};
+}
+
+std::vector<std::uint8_t> BridgeChip::ConfigurationDescriptor() const {
+  constexpr std::uint8_t kBusPowered = 0x80;
+  constexpr std::uint8_t k90Milliamperes = 45;
+  std::vector<std::uint8_t> all{9, kConfigurationType, 0, 0, Low(mChannels.size()), 1, 0, kBusPowered, k90Milliamperes};
+  for (int i = 0; i < mOptions.interfaces; ++i) {
+    const auto number = static_cast<std::uint8_t>(i);
+    const std::uint8_t endpoints = mOptions.hasBulkIn ? 2 : 1;
+    all.insert(all.end(), {9, kInterfaceType, number, 0, endpoints, 0xFF, 0xFF, 0xFF, 0});
+    if (mOptions.hasBulkIn) {
+      all.insert(all.end(), {7, kEndpointType, InEndpoint(i), kBulk, Low(mPacketSize), High(mPacketSize), 0});
+    }
+    all.insert(all.end(), {7, kEndpointType, OutEndpoint(i), kBulk, Low(mPacketSize), High(mPacketSize), 0});
+  }
+  all[2] = Low(all.size());
+  all[3] = High(all.size());
+  return all;
+}
+
+BridgeChannel* BridgeChip::Channel(std::size_t index) {
+  return index < mChannels.size() ? &mChannels[index] : nullptr;
+}
+
+void BridgeChip::Wake() {
+  const std::lock_guard lock(mWakeMutex);
+  if (mWake) {
+    mWake();
+  }
+}

@@ -1,0 +1,181 @@
+// Listing and opening through the FT_* functions, on the virtual USB bus.
+#include <array>
+#include <cerrno>
+
+#include "FtBusFixture.h"
+
+using corvane::Bytes;
+using testing::Each;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+PVOID Index(std::uintptr_t index) {
+  return reinterpret_cast<PVOID>(index);
+}
+
+class FtListTest : public corvane::FtBusTest {
+ protected:
+  static std::vector<FT_DEVICE_LIST_INFO_NODE> List() {
+    DWORD count = 0;
+    EXPECT_EQ(FT_CreateDeviceInfoList(&count), FT_OK);
+    std::vector<FT_DEVICE_LIST_INFO_NODE> nodes(count);
+    EXPECT_EQ(FT_GetDeviceInfoList(nodes.data(), &count), FT_OK);
+    return nodes;
+  }
+
+  // The nodes of the list as "flags type id location serial/description", with " open" for one that has a handle.
+  static std::vector<std::string> Nodes() {
+    std::vector<std::string> texts;
+    for (const auto& node : List()) {
+      texts.push_back(std::to_string(node.Flags) + " " + std::to_string(node.Type) + " " + std::to_string(node.ID) +
+                      " " + std::to_string(node.LocId) + " " + node.SerialNumber + "/" + node.Description +
+                      (node.ftHandle == nullptr ? "" : " open"));
+    }
+    return texts;
+  }
+
+  DWORD Location(const BridgeChip& chip) const {
+    return static_cast<DWORD>(mBus.BusNumber() << 8 | mBus.Address(chip));
+  }
+};
+
+TEST_F(FtListTest, NamesAndNodesOfOneAndTwoChannels) {
+  const auto& single = Plug({.release = 0x0600, .description = "Single", .serialNumber = "CV1"});
+  const auto& dual = Plug({.productId = 0x6010,
+                           .release = 0x0700,
+                           .description = "Dual",
+                           .serialNumber = "0123456789ABCDEFGH",
+                           .highSpeed = true,
+                           .interfaces = 2});
+  auto& custom = mBus.Plug({.vendorId = 0x136E, .productId = 0x0017});  // not known yet
+  const auto at = [&](int channel) { return std::to_string(Location(dual) << 4 | static_cast<DWORD>(channel)); };
+  EXPECT_THAT(Nodes(), UnorderedElementsAre("0 5 67330049 " + std::to_string(Location(single)) + " CV1/Single",
+                                            "2 6 67330064 " + at(1) + " 0123456789ABCDA/Dual A",
+                                            "2 6 67330064 " + at(2) + " 0123456789ABCDB/Dual B"));
+  EXPECT_EQ(mBus.OpenNodes(), 0U);
+
+  const auto nodes = List();
+  std::array<char, 64> text{};
+  for (DWORD i = 0; i < nodes.size(); ++i) {
+    EXPECT_EQ(FT_ListDevices(Index(i), text.data(), FT_LIST_BY_INDEX), FT_OK);
+    EXPECT_STREQ(text.data(), nodes[i].SerialNumber);
+    EXPECT_EQ(FT_GetDeviceInfoDetail(i, nullptr, nullptr, nullptr, nullptr, nullptr, text.data(), nullptr), FT_OK);
+    EXPECT_STREQ(text.data(), nodes[i].Description);
+  }
+  // The array ends at its null entry, the count does not.
+  DWORD count = 0;
+  std::array<char, 64> first{};
+  std::array<char*, 3> buffers{first.data(), nullptr, text.data()};
+  EXPECT_EQ(FT_ListDevices(buffers.data(), &count, FT_LIST_ALL | FT_OPEN_BY_DESCRIPTION), FT_OK);
+  EXPECT_EQ(count, 3U);
+  EXPECT_STREQ(first.data(), nodes[0].Description);
+  EXPECT_STREQ(text.data(), nodes[2].Description);
+  // Either half of the custom row can be set alone.
+  std::array<DWORD, 2> id{};
+  EXPECT_EQ(FT_SetVIDPID(0, 0x0017), FT_OK);
+  EXPECT_EQ(FT_GetVIDPID(&id[0], &id[1]), FT_OK);
+  EXPECT_THAT(id, ElementsAre(0x0403, 0x0017));
+  EXPECT_EQ(FT_SetVIDPID(0x136E, 0), FT_OK);
+  AwaitDevices(4);
+  EXPECT_EQ(FT_SetVIDPID(0x0403, 0x6017), FT_OK);
+  mBus.Unplug(custom);
+}
+
+TEST_F(FtListTest, ADeviceThatCannotBeOpenedIsListedAsTaken) {
+  for (const BridgeChip::Options& options : {BridgeChip::Options{.hasBulkIn = false}, {.packetSize = 0x0800}, {}, {}}) {
+    static int round = 0;
+    auto& chip = Plug(options);
+    mBus.SetClaimError(chip, round == 2 ? EBUSY : 0);
+    mBus.BindKernelDriver(chip, 0, round == 3 ? "serial" : "", false);
+    FT_HANDLE handle = nullptr;
+    EXPECT_EQ(FT_Open(0, &handle), round++ < 2 ? FT_IO_ERROR : FT_DEVICE_NOT_OPENED);
+    EXPECT_EQ(handle, nullptr);
+    EXPECT_THAT(Nodes(), ElementsAre("1 3 0 0 /"));
+    EXPECT_EQ(mBus.OpenNodes(), 0U);
+    Unplug(chip);
+  }
+  auto& chip = Plug();
+  mBus.SetOpenError(chip, EACCES);
+  EXPECT_THAT(Nodes(), ElementsAre("1 3 0 0 /"));
+  std::array<char, 16> text{"untouched"};
+  EXPECT_EQ(FT_ListDevices(Index(0), text.data(), FT_LIST_BY_INDEX), FT_DEVICE_NOT_OPENED);
+  DWORD location = 0;
+  EXPECT_EQ(FT_ListDevices(Index(0), &location, FT_LIST_BY_INDEX | FT_OPEN_BY_LOCATION), FT_OK);
+  EXPECT_EQ(location, Location(chip));
+  // A node that has vanished is another case; libusb forgets the device then.
+  mBus.SetOpenError(chip, ENOENT);
+  FT_HANDLE handle = nullptr;
+  EXPECT_EQ(FT_Open(0, &handle), FT_DEVICE_NOT_FOUND);
+  AwaitDevices(0);
+}
+
+TEST_F(FtListTest, OpenSetsTheLineAndCloseGivesTheKernelDriverItsInterfaceBack) {
+  LoopbackPeer peer;
+  auto& chip = Plug({.release = 0x0900, .description = "d", .serialNumber = "CV1", .highSpeed = true}, {&peer});
+  mBus.BindKernelDriver(chip, 0, "serial");
+  // One request that fails does not keep the others from being sent.
+  mBus.SetFault({.effect = UsbFault::Effect::kCompletionFails, .operation = 5, .kinds = UsbFault::kControl});
+  FT_HANDLE handle = Open();
+  EXPECT_EQ(mBus.FaultHits(), 1U);
+  EXPECT_EQ(mBus.BoundDriver(chip, 0), "usbfs");
+  EXPECT_THAT(Requests(chip), ElementsAre("3:1250@512", "4:8@0", "2:0@0"));
+  // While it is open it is listed with its handle, and goes on working.
+  const std::string name = " 8 67330049 " + std::to_string(Location(chip)) + " CV1/d";
+  Write(handle, {1, 2, 3});
+  EXPECT_THAT(Nodes(), ElementsAre("3" + name + " open"));
+  EXPECT_EQ(List()[0].ftHandle, handle);
+  EXPECT_EQ(Read(handle, 3), (Bytes{1, 2, 3}));
+  FT_HANDLE second = nullptr;
+  EXPECT_EQ(FT_Open(0, &second), FT_DEVICE_NOT_OPENED);
+  EXPECT_EQ(FT_Close(handle), FT_OK);
+  EXPECT_THAT(Nodes(), ElementsAre("2" + name));
+  EXPECT_EQ(mBus.BoundDriver(chip, 0), "serial");
+  EXPECT_EQ(mBus.PendingTransfers(), 0U);
+  auto& slow = Plug({.release = 0x0500, .interfaces = 2});
+  handle = Open(List()[0].Type == 8 ? 2 : 1);
+  EXPECT_THAT(Requests(slow), testing::Contains("3:16696@2"));
+  EXPECT_EQ(FT_Close(handle), FT_OK);
+}
+
+TEST_F(FtListTest, OpenByNamesAndArguments) {
+  Plug({.description = "First", .serialNumber = "CV1"});
+  const auto& chip = Plug({.description = "Second", .serialNumber = "CV2"});
+  std::string serial = "CV2";
+  std::string description = "Second";
+  FT_HANDLE handle = nullptr;
+  for (const auto& [arg, flags] : {std::pair<PVOID, DWORD>{serial.data(), FT_OPEN_BY_SERIAL_NUMBER},
+                                   {description.data(), FT_OPEN_BY_DESCRIPTION},
+                                   {Index(Location(chip)), FT_OPEN_BY_LOCATION}}) {
+    ASSERT_EQ(FT_OpenEx(arg, flags, &handle), FT_OK);
+    std::array<char, 16> opened{};
+    EXPECT_EQ(FT_GetDeviceInfo(handle, nullptr, nullptr, opened.data(), nullptr, nullptr), FT_OK);
+    EXPECT_STREQ(opened.data(), "CV2");
+    EXPECT_EQ(FT_Close(handle), FT_OK);
+  }
+  DWORD count = 77;
+  std::array<char, 64> text{};
+  constexpr DWORD kTwoNames = FT_OPEN_BY_SERIAL_NUMBER | FT_OPEN_BY_LOCATION;
+  EXPECT_THAT(
+      (std::array{FT_OpenEx(serial.data(), 3, &handle), FT_OpenEx(nullptr, 1, &handle),
+                  FT_OpenEx(serial.data(), 1, nullptr), FT_Open(0, nullptr),
+                  FT_ListDevices(nullptr, nullptr, FT_LIST_NUMBER_ONLY),
+                  FT_ListDevices(Index(0), nullptr, FT_LIST_BY_INDEX),
+                  FT_ListDevices(Index(0), text.data(), FT_LIST_BY_INDEX | kTwoNames),
+                  FT_ListDevices(nullptr, &count, FT_LIST_ALL), FT_ListDevices(&text, nullptr, FT_LIST_ALL),
+                  FT_ListDevices(&count, &text, FT_LIST_NUMBER_ONLY | FT_LIST_ALL), FT_ListDevices(&count, &text, 0),
+                  FT_CreateDeviceInfoList(nullptr), FT_GetDeviceInfoList(nullptr, nullptr),
+                  FT_GetVIDPID(&count, nullptr), FT_GetLibraryVersion(nullptr)}),
+      Each(FT_INVALID_PARAMETER));
+  EXPECT_THAT(
+      (std::array{FT_OpenEx(description.data(), 1, &handle), FT_OpenEx(Index(1), 4, &handle), FT_Open(2, &handle),
+                  FT_Open(-1, &handle), FT_ListDevices(Index(2), text.data(), FT_LIST_BY_INDEX),
+                  FT_GetDeviceInfoDetail(99, &count, &count, &count, &count, nullptr, nullptr, nullptr)}),
+      Each(FT_DEVICE_NOT_FOUND));
+  EXPECT_EQ(count, 77U);
+  EXPECT_EQ(FT_GetLibraryVersion(&count), FT_OK);
+  EXPECT_EQ(count, 0x010112U);
+}
+
+}  // namespace
