@@ -1,0 +1,11 @@
+// What to tell a user beyond a status number: its text, and what to do about it.
+#pragma once
+
+#include <string>
+
+class Simulation;
+
+std::string StatusText(unsigned int status);
+std::string AdviceForStatus(unsigned int status);
+/// Looks at what the machine has (camera SDK, USB bridges) while the library is still open. simulation may be null.
+std::string AdviceForNothingFound(const Simulation* simulation);

@@ -1,0 +1,194 @@
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <memory>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "Output.h"
+#include "Progress.h"
+#include "Session.h"
+
+namespace {
+
+struct CalibrateOptions {
+  std::string format = "text";
+  float centre = -1.0F;
+  int pixels = 0;
+  float pixelWidth = 0.0F;
+  std::vector<int> range;
+  std::vector<int> only;
+  bool truth = false;
+};
+
+struct Calibration {
+  float centre = 0;
+  int grating = 0;
+  int pixels = 0;
+  float pixelWidth = 0;
+  float coefficients[4] = {};
+  std::vector<float> wavelengths;
+};
+
+void Prepare(int device, const CalibrateOptions& wanted) {
+  if (wanted.pixels > 0) {
+    Check(CorvaneSetNumberPixels(device, wanted.pixels), "setting the number of pixels");
+  }
+  if (wanted.pixelWidth > 0) {
+    Check(CorvaneSetPixelWidth(device, wanted.pixelWidth), "setting the pixel width");
+  }
+  if (wanted.centre >= 0) {
+    const Progress progress("Moving to " + Shortest(wanted.centre) + " nm");
+    Check(CorvaneSetWavelength(device, wanted.centre), "moving to " + Shortest(wanted.centre) + " nm");
+  }
+}
+
+Calibration Calibrate(int device) {
+  Calibration result;
+  Check(CorvaneGetWavelength(device, &result.centre), "reading the wavelength");
+  Check(CorvaneGetGrating(device, &result.grating), "reading the grating");
+  if (CorvaneGetNumberPixels(device, &result.pixels) != CORVANE_SUCCESS || result.pixels < 1 ||
+      CorvaneGetPixelWidth(device, &result.pixelWidth) != CORVANE_SUCCESS || !(result.pixelWidth > 0)) {
+    throw Failure(ExitCode::kInstrument, "the detector's geometry is not known",
+                  "give --pixels COUNT and --pixel-width UM");
+  }
+  if (result.centre == 0) {
+    throw Failure(ExitCode::kInstrument, "the instrument stands at zero order, which has no calibration",
+                  "give --centre NM, or corvane set wavelength NM");
+  }
+  float* const c = result.coefficients;
+  Check(CorvaneGetPixelCalibrationCoefficients(device, &c[0], &c[1], &c[2], &c[3]), "calibrating");
+  result.wavelengths.resize(static_cast<std::size_t>(result.pixels));
+  Check(CorvaneGetCalibration(device, result.wavelengths.data(), result.pixels), "calibrating");
+  return result;
+}
+
+/// The pixels to show. All of the range, but an overview in text: nobody reads two thousand lines.
+std::vector<int> Chosen(const CalibrateOptions& wanted, int pixels) {
+  const auto check = [&](int pixel) {
+    if (pixel < 1 || pixel > pixels) {
+      throw Failure(ExitCode::kUsage,
+                    "there is no pixel " + std::to_string(pixel) + "; they count from 1 to " + std::to_string(pixels));
+    }
+  };
+  std::vector<int> chosen = wanted.only;
+  if (chosen.empty()) {
+    const int first = wanted.range.empty() ? 1 : wanted.range[0];
+    const int last = wanted.range.empty() ? pixels : wanted.range[1];
+    check(first);
+    check(last);
+    constexpr int kOverview = 8;
+    const int step = wanted.range.empty() && wanted.format == "text" ? std::max(1, pixels / kOverview) : 1;
+    for (long long pixel = first; pixel <= last; pixel += step) {
+      chosen.push_back(static_cast<int>(pixel));
+    }
+    if (!chosen.empty() && chosen.back() != last) {
+      chosen.push_back(last);
+    }
+  }
+  std::for_each(chosen.begin(), chosen.end(), check);
+  return chosen;
+}
+
+/// "534.8 + 0.0147 p - 1.2e-08 p^2 + ..."
+std::string Polynomial(const float (&coefficients)[4]) {
+  constexpr const char* kPowers[] = {"", " p", " p^2", " p^3"};
+  std::string text = Shortest(coefficients[0]);
+  for (std::size_t i = 1; i < std::size(coefficients); ++i) {
+    text += (std::signbit(coefficients[i]) ? " - " : " + ") + Shortest(std::abs(coefficients[i])) + kPowers[i];
+  }
+  return text;
+}
+
+float At(const Calibration& calibration, int pixel) {
+  return calibration.wavelengths[static_cast<std::size_t>(pixel) - 1];
+}
+
+void PrintText(const Calibration& calibration, const std::vector<int>& pixels, const Simulation* truth) {
+  PrintField("centre", Shortest(calibration.centre) + " nm, grating " + std::to_string(calibration.grating));
+  PrintField("detector", std::to_string(calibration.pixels) + " pixels of " + Shortest(calibration.pixelWidth) + " um");
+  PrintField("nm at pixel p", Polynomial(calibration.coefficients));
+  std::cout << '\n';
+  std::vector<std::vector<std::string>> rows{{"pixel", "nm"}};
+  if (truth != nullptr) {
+    rows[0].insert(rows[0].end(), {"true nm", "difference"});
+  }
+  for (const int pixel : pixels) {
+    const double wavelength = static_cast<double>(At(calibration, pixel));
+    rows.push_back({std::to_string(pixel), Fixed(wavelength, 4)});
+    if (truth != nullptr) {
+      const double real = truth->TrueWavelength(pixel);
+      rows.back().insert(rows.back().end(), {Fixed(real, 4), Fixed(wavelength - real, 5)});
+    }
+  }
+  PrintTable(rows);
+}
+
+void PrintCsv(const Calibration& calibration, const std::vector<int>& pixels, const Simulation* truth) {
+  std::cout << (truth == nullptr ? "pixel,nm\n" : "pixel,nm,true_nm\n");
+  for (const int pixel : pixels) {
+    std::cout << pixel << ',' << Shortest(At(calibration, pixel));
+    if (truth != nullptr) {
+      std::cout << ',' << Fixed(truth->TrueWavelength(pixel), 6);
+    }
+    std::cout << '\n';
+  }
+}
+
+void PrintJson(const Calibration& calibration, const std::vector<int>& pixels, const Simulation* truth) {
+  Json json = {{"centre", Plain(calibration.centre)}, {"grating", calibration.grating},
+               {"pixels", calibration.pixels},        {"pixelWidth", Plain(calibration.pixelWidth)},
+               {"coefficients", Json::array()},       {"calibration", Json::array()}};
+  for (const float coefficient : calibration.coefficients) {
+    json["coefficients"].push_back(Plain(coefficient));
+  }
+  for (const int pixel : pixels) {
+    Json entry = {{"pixel", pixel}, {"nm", Plain(At(calibration, pixel))}};
+    if (truth != nullptr) {
+      entry["true"] = truth->TrueWavelength(pixel);
+    }
+    json["calibration"].push_back(entry);
+  }
+  Print(json);
+}
+
+void RunCalibrate(const Options& options, const CalibrateOptions& wanted) {
+  const Session session(options);
+  if (wanted.truth && session.Simulated() == nullptr) {
+    throw Failure(ExitCode::kUsage, "only a simulated instrument knows the truth", "give --simulate, or leave --truth");
+  }
+  const int device = session.Device();
+  Prepare(device, wanted);
+  const Calibration calibration = Calibrate(device);
+  const std::vector<int> pixels = Chosen(wanted, calibration.pixels);
+  const Simulation* const truth = wanted.truth ? session.Simulated() : nullptr;
+  if (session.Json() || wanted.format == "json") {
+    PrintJson(calibration, pixels, truth);
+  } else if (wanted.format == "csv") {
+    PrintCsv(calibration, pixels, truth);
+  } else {
+    PrintText(calibration, pixels, truth);
+  }
+}
+
+}  // namespace
+
+void AddCalibrateCommand(CLI::App& app, const Options& options) {
+  CLI::App* const calibrate = app.add_subcommand("calibrate", "Give a wavelength to every detector pixel");
+  const auto wanted = std::make_shared<CalibrateOptions>();
+  calibrate->add_option("--format", wanted->format, "text (an overview), csv or json")
+      ->check(CLI::IsMember({"text", "csv", "json"}));
+  calibrate->add_flag_callback(
+      "--csv", [wanted] { wanted->format = "csv"; }, "The same as --format csv");
+  calibrate->add_option("--centre,--center", wanted->centre, "Move to this wavelength (nm) first")
+      ->check(CLI::NonNegativeNumber);
+  calibrate->add_option("--pixels", wanted->pixels, "Pixels of the detector, where no camera tells")
+      ->check(CLI::PositiveNumber);
+  calibrate->add_option("--pixel-width", wanted->pixelWidth, "Width of a pixel in um, where no camera tells")
+      ->check(CLI::PositiveNumber);
+  CLI::Option* const range =
+      calibrate->add_option("--range", wanted->range, "First and last pixel to show, from 1")->expected(2);
+  calibrate->add_option("--pixel", wanted->only, "Show these pixels only")->delimiter(',')->excludes(range);
+  calibrate->add_flag("--truth", wanted->truth, "Beside it, where the light of the simulated instrument really falls");
+  calibrate->callback([&options, wanted] { RunCalibrate(options, *wanted); });
+}

@@ -1,0 +1,273 @@
+#include "Properties.h"
+
+#include <array>
+#include <charconv>
+
+#include "Failure.h"
+#include "Session.h"
+
+namespace {
+
+template <typename Number>
+Number Parse(const std::string& value, const char* kind) {
+  Number number{};
+  const char* const first = value.data() + (value.starts_with('+') ? 1 : 0);
+  const auto [end, error] = std::from_chars(first, value.data() + value.size(), number);
+  if (error != std::errc{} || end != value.data() + value.size()) {
+    throw Failure(ExitCode::kUsage, "\"" + value + "\" is not " + kind);
+  }
+  return number;
+}
+
+int Integer(const std::string& value) {
+  return Parse<int>(value, "a whole number");
+}
+float Real(const std::string& value) {
+  return Parse<float>(value, "a number");
+}
+
+int OnOff(const std::string& value) {
+  if (value == "on" || value == "1") {
+    return 1;
+  }
+  if (value == "off" || value == "0") {
+    return 0;
+  }
+  throw Failure(ExitCode::kUsage, "\"" + value + "\" is neither on nor off");
+}
+
+// The shapes that the library's functions have; each gives the get, set or present of a property.
+
+template <auto Function>
+Json GetInt(int device, int /*index*/) {
+  int value = 0;
+  Check(Function(device, &value));
+  return value;
+}
+
+template <auto Function>
+Json GetFloat(int device, int /*index*/) {
+  float value = 0;
+  Check(Function(device, &value));
+  return Plain(value);
+}
+
+template <auto Function>
+Json GetBool(int device, int /*index*/) {
+  int value = 0;
+  Check(Function(device, &value));
+  return value != 0;
+}
+
+template <auto Function>
+Json GetIntOf(int device, int index) {
+  int value = 0;
+  Check(Function(device, index, &value));
+  return value;
+}
+
+template <auto Function>
+Json GetFloatOf(int device, int index) {
+  float value = 0;
+  Check(Function(device, index, &value));
+  return Plain(value);
+}
+
+template <auto Function>
+void SetInt(int device, int /*index*/, const std::string& value) {
+  Check(Function(device, Integer(value)));
+}
+
+template <auto Function>
+void SetFloat(int device, int /*index*/, const std::string& value) {
+  Check(Function(device, Real(value)));
+}
+
+template <auto Function>
+void SetIntOf(int device, int index, const std::string& value) {
+  Check(Function(device, index, Integer(value)));
+}
+
+template <auto Function>
+void SetFloatOf(int device, int index, const std::string& value) {
+  Check(Function(device, index, Real(value)));
+}
+
+template <auto Function>
+bool Present(int device, int /*index*/) {
+  int present = 0;
+  return Function(device, &present) == CORVANE_SUCCESS && present != 0;
+}
+
+template <auto Function>
+bool PresentOf(int device, int index) {
+  int present = 0;
+  return Function(device, index, &present) == CORVANE_SUCCESS && present != 0;
+}
+
+// Properties that are more than one call, or not by index of their own.
+
+Json GetSerial(int device, int /*index*/) {
+  return SerialNumber(device);
+}
+
+Json GetLimits(int device, int index) {
+  float low = 0;
+  float high = 0;
+  Check(CorvaneGetWavelengthLimits(device, index, &low, &high));
+  return {Plain(low), Plain(high)};
+}
+
+Json GetOptics(int device, int /*index*/) {
+  float focalLength = 0;
+  float angularDeviation = 0;
+  float tilt = 0;
+  Check(CorvaneEepromGetOpticalParams(device, &focalLength, &angularDeviation, &tilt));
+  return {{"focalLength", Plain(focalLength)}, {"angularDeviation", Plain(angularDeviation)}, {"tilt", Plain(tilt)}};
+}
+
+template <int Flipper>
+Json GetFlipperPort(int device, int /*index*/) {
+  int port = 0;
+  Check(CorvaneGetFlipperMirror(device, Flipper, &port));
+  return port;
+}
+
+template <int Flipper>
+void SetFlipperPort(int device, int /*index*/, const std::string& value) {
+  Check(CorvaneSetFlipperMirror(device, Flipper, Integer(value)));
+}
+
+template <int Flipper>
+bool FlipperPresent(int device, int /*index*/) {
+  return PresentOf<CorvaneFlipperMirrorIsPresent>(device, Flipper);
+}
+
+Json GetFilterLabel(int device, int index) {
+  std::array<char, CORVANE_FILTER_INFO_LENGTH> label{};
+  Check(CorvaneGetFilterInfo(device, index, label.data()));
+  return std::string(label.data());
+}
+
+void SetFilterLabel(int device, int index, const std::string& value) {
+  Check(CorvaneSetFilterInfo(device, index, value.c_str()));
+}
+
+bool FocusPresent(int device, int index) {
+  return Present<CorvaneFocusMirrorIsPresent>(device, index);
+}
+
+/// The library moves by a distance, and must not be asked to without a focus mirror.
+void SetFocus(int device, int index, const std::string& value) {
+  const int target = Integer(value);
+  if (!FocusPresent(device, index)) {
+    throw Failure(ExitCode::kInstrument, "the instrument has no focus mirror");
+  }
+  int position = 0;
+  int travel = 0;
+  Check(CorvaneGetFocusMirror(device, &position));
+  Check(CorvaneGetFocusMirrorMaxSteps(device, &travel));
+  if (target < 0 || target > travel) {
+    throw Failure(ExitCode::kUsage, "the focus mirror travels from 0 to " + std::to_string(travel));
+  }
+  Check(CorvaneSetFocusMirror(device, target - position));
+}
+
+Json GetAccessory(int device, int index) {
+  int state = 0;
+  Check(CorvaneGetAccessoryState(device, index, &state));
+  return state != 0;
+}
+
+void SetAccessory(int device, int index, const std::string& value) {
+  Check(CorvaneSetAccessory(device, index, OnOff(value)));
+}
+
+constexpr Property kProperties[] = {
+    {"serial", nullptr, 0, "serial number", GetSerial, nullptr, nullptr},
+    {"wavelength", nullptr, 0, "centre wavelength in nm", GetFloat<CorvaneGetWavelength>,
+     SetFloat<CorvaneSetWavelength>, Present<CorvaneWavelengthIsPresent>},
+    {"zero-order", nullptr, 0, "whether it stands at zero order", GetBool<CorvaneAtZeroOrder>, nullptr,
+     Present<CorvaneWavelengthIsPresent>},
+    {"limits", "grating", 0, "lowest and highest wavelength in nm", GetLimits, nullptr,
+     Present<CorvaneWavelengthIsPresent>},
+    {"grating", nullptr, 0, "grating in use, from 1", GetInt<CorvaneGetGrating>, SetInt<CorvaneSetGrating>,
+     Present<CorvaneGratingIsPresent>},
+    {"gratings", nullptr, 0, "number of gratings on the turret", GetInt<CorvaneGetNumberGratings>, nullptr,
+     Present<CorvaneGratingIsPresent>},
+    {"turret", nullptr, 0, "mounted turret, 1 to 3", GetInt<CorvaneGetTurret>, SetInt<CorvaneSetTurret>,
+     Present<CorvaneGratingIsPresent>},
+    {"grating-offset", "grating", 0, "offset in steps, -20000 to 20000", GetIntOf<CorvaneGetGratingOffset>,
+     SetIntOf<CorvaneSetGratingOffset>, Present<CorvaneGratingIsPresent>},
+    {"detector-offset", nullptr, 0, "offset for the direct ports in steps, -240000 to 240000",
+     GetInt<CorvaneGetDetectorOffset>, SetInt<CorvaneSetDetectorOffset>, Present<CorvaneGratingIsPresent>},
+    {"detector-offset-side", nullptr, 0, "offset for the side exit in steps, -240000 to 240000",
+     GetInt<CorvaneGetDetectorOffsetPort2>, SetInt<CorvaneSetDetectorOffsetPort2>, Present<CorvaneGratingIsPresent>},
+    {"optics", nullptr, 0, "focal length in m, angular deviation and tilt in degrees", GetOptics, nullptr, nullptr},
+    {"slit", "slit", 4, "width in um; slits 1 entrance, 2 entrance side, 3 exit, 4 exit side",
+     GetFloatOf<CorvaneGetAutoSlitWidth>, SetFloatOf<CorvaneSetAutoSlitWidth>, PresentOf<CorvaneAutoSlitIsPresent>},
+    {"entrance-port", nullptr, 0, "0 direct, 1 side", GetFlipperPort<1>, SetFlipperPort<1>, FlipperPresent<1>},
+    {"exit-port", nullptr, 0, "0 direct, 1 side", GetFlipperPort<2>, SetFlipperPort<2>, FlipperPresent<2>},
+    {"filter", nullptr, 0, "filter in use, 1 to 6", GetInt<CorvaneGetFilter>, SetInt<CorvaneSetFilter>,
+     Present<CorvaneFilterIsPresent>},
+    {"filter-label", "filter", 6, "text of at most 10 characters", GetFilterLabel, SetFilterLabel,
+     Present<CorvaneFilterIsPresent>},
+    {"shutter", nullptr, 0, "mode, 0 or 1", GetInt<CorvaneGetShutter>, SetInt<CorvaneSetShutter>,
+     Present<CorvaneShutterIsPresent>},
+    {"focus", nullptr, 0, "position of the focus mirror in steps", GetInt<CorvaneGetFocusMirror>, SetFocus,
+     FocusPresent},
+    {"focus-travel", nullptr, 0, "highest position of the focus mirror in steps", GetInt<CorvaneGetFocusMirrorMaxSteps>,
+     nullptr, FocusPresent},
+    {"accessory", "line", 2, "accessory line, on or off", GetAccessory, SetAccessory,
+     Present<CorvaneAccessoryIsPresent>},
+    {"pixels", nullptr, 0, "detector pixels along the dispersion", GetInt<CorvaneGetNumberPixels>, nullptr, nullptr},
+    {"pixel-width", nullptr, 0, "width of a detector pixel in um", GetFloat<CorvaneGetPixelWidth>, nullptr, nullptr},
+};
+
+}  // namespace
+
+std::span<const Property> Properties() {
+  return kProperties;
+}
+
+const Property* FindProperty(const std::string& name) {
+  for (const Property& property : kProperties) {
+    if (name == property.name) {
+      return &property;
+    }
+  }
+  return nullptr;
+}
+
+int Indices(const Property& property, int device) {
+  if (property.index == nullptr || property.indices != 0) {
+    return property.indices;
+  }
+  int gratings = 0;
+  Check(CorvaneGetNumberGratings(device, &gratings), "reading the number of gratings");
+  return gratings;
+}
+
+bool IsPresent(const Property& property, int device, int index) {
+  return property.present == nullptr || property.present(device, index);
+}
+
+std::string Label(const Property& property, int index) {
+  return property.index == nullptr ? property.name : std::string(property.name) + " " + std::to_string(index);
+}
+
+Json ReadProperty(const Property& property, int device, int index) {
+  try {
+    return property.get(device, index);
+  } catch (const Failure& failure) {
+    throw Failure(failure.Code(), "reading " + Label(property, index) + ": " + failure.what(), failure.Advice());
+  }
+}
+
+void WriteProperty(const Property& property, int device, int index, const std::string& value) {
+  try {
+    property.set(device, index, value);
+  } catch (const Failure& failure) {
+    throw Failure(failure.Code(), "setting " + Label(property, index) + ": " + failure.what(), failure.Advice());
+  }
+}
