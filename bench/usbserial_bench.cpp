@@ -1,0 +1,325 @@
+// What the bridge library costs against bare libusb calls on the same virtual chip: the round trip of a short request,
+// bulk throughput, and processor time while a read waits. Both sides of a ratio run in turns in one process.
+//
+// usbserial_bench [--check] [--rounds N]: with --check the exit status is 1 when a figure is beyond its limit.
+#include <libusb.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <functional>
+#include <span>
+#include <thread>
+#include <vector>
+
+#include "InTurns.h"
+#include "bridge/SerialPeers.h"
+#include "bridge/UmockdevPreload.h"
+#include "bridge/VirtualUsbBus.h"
+#include "support/VirtualBusUsb.h"
+#include "usbserial/ftd2xx.h"
+
+namespace {
+
+using corvane::Clock;
+using corvane::InTurns;
+using corvane::Median;
+using corvane::Require;
+using corvane::Seconds;
+using namespace std::chrono_literals;
+
+constexpr double kRoundTripLimit = 1.25;
+constexpr double kThroughputLimit = 0.9;
+constexpr double kWaitingLimit = 2.0;
+
+constexpr auto kMicroframe = 125us;
+constexpr std::size_t kMessage = 16;
+constexpr int kRoundTrips = 400;
+constexpr int kWaitingRounds = 3;
+constexpr std::size_t kBulkBytes = 4'000'000;
+constexpr std::size_t kChunk = 16384;
+constexpr std::size_t kInFlight = 4;
+constexpr std::size_t kTransferBytes = 4096;
+constexpr DWORD kWaitMilliseconds = 2000;
+constexpr unsigned kTimeout = 5000;
+constexpr std::uint8_t kIn = BridgeChip::InEndpoint(0);
+constexpr std::uint8_t kOut = BridgeChip::OutEndpoint(0);
+
+/// One side of a comparison: the chip through the library.
+class FtSide {
+ public:
+  FtSide() {
+    Require(FT_Open(0, &mHandle) == FT_OK, "FT_Open fails");
+    FT_SetTimeouts(mHandle, kTimeout, kTimeout);
+  }
+  ~FtSide() { FT_Close(mHandle); }
+  FtSide(const FtSide&) = delete;
+  FtSide& operator=(const FtSide&) = delete;
+
+  void RoundTrip(std::span<std::uint8_t, kMessage> message) {
+    DWORD moved = 0;
+    Require(FT_Write(mHandle, message.data(), kMessage, &moved) == FT_OK && moved == kMessage, "FT_Write fails");
+    Read(message);
+  }
+
+  void Read(std::span<std::uint8_t> bytes) {
+    DWORD moved = 0;
+    const auto count = static_cast<DWORD>(bytes.size());
+    Require(FT_Read(mHandle, bytes.data(), count, &moved) == FT_OK && moved == count, "FT_Read fails");
+  }
+
+  /// Waits for a byte that does not come.
+  void Wait() {
+    FT_SetTimeouts(mHandle, kWaitMilliseconds, kTimeout);
+    std::uint8_t byte = 0;
+    DWORD moved = 0;
+    Require(FT_Read(mHandle, &byte, 1, &moved) == FT_OK && moved == 0, "FT_Read does not wait");
+  }
+
+ private:
+  FT_HANDLE mHandle = nullptr;
+};
+
+/// The other side: the chip through libusb as a simple program would use it.
+class BareSide {
+ public:
+  BareSide(const corvane::UsbContext& context, const VirtualUsbBus& bus, const BridgeChip& chip)
+      : mContext(context.get()), mHandle(corvane::OpenUsb(context, bus, chip)), mPacket(chip.PacketSize()) {
+    Require(mHandle != nullptr && libusb_claim_interface(mHandle.get(), 0) == 0, "libusb does not open the chip");
+    // The same start as the library's.
+    libusb_control_transfer(mHandle.get(), 0x40, 0, 0, 0, nullptr, 0, kTimeout);
+  }
+
+  /// Synchronous calls; idle status packets are skipped.
+  void RoundTrip(std::span<std::uint8_t, kMessage> message) {
+    int moved = 0;
+    Require(libusb_bulk_transfer(mHandle.get(), kOut, message.data(), kMessage, &moved, kTimeout) == 0, "OUT fails");
+    std::size_t got = 0;
+    while (got < kMessage) {
+      Require(libusb_bulk_transfer(mHandle.get(), kIn, mBuffer.data(), static_cast<int>(mBuffer.size()), &moved,
+                                   kTimeout) == 0,
+              "IN fails");
+      got += Strip(std::span(mBuffer).first(static_cast<std::size_t>(moved)), message.subspan(got));
+    }
+  }
+
+  /// Reads this much with transfers kept in flight, in chunks as the other side gets them.
+  void Stream(std::size_t wanted) {
+    mWanted = wanted;
+    mReceived = 0;
+    SubmitAll();
+    Drain();
+    Require(mReceived >= wanted, "the stream ends early");
+  }
+
+  /// Keeps transfers in flight for the time that the other side waits.
+  void Wait() {
+    const auto end = Clock::now() + std::chrono::milliseconds(kWaitMilliseconds);
+    mWanted = SIZE_MAX;
+    mReceived = 0;
+    SubmitAll();
+    while (Clock::now() < end) {
+      timeval slice{0, 100000};
+      libusb_handle_events_timeout(mContext, &slice);
+    }
+    mWanted = 0;
+    Drain();
+  }
+
+ private:
+  struct Slot {
+    BareSide* owner = nullptr;
+    std::array<std::uint8_t, kTransferBytes> buffer{};
+    corvane::UsbTransferPointer transfer;
+  };
+
+  std::size_t Strip(std::span<const std::uint8_t> bytes, std::span<std::uint8_t> target) const {
+    std::size_t moved = 0;
+    while (bytes.size() > BridgeChannel::kStatusBytes && moved < target.size()) {
+      const auto packet = bytes.first(std::min(mPacket, bytes.size()));
+      const auto data = packet.subspan(BridgeChannel::kStatusBytes);
+      const std::size_t length = std::min(data.size(), target.size() - moved);
+      std::copy_n(data.begin(), length, target.begin() + static_cast<std::ptrdiff_t>(moved));
+      moved += length;
+      bytes = bytes.subspan(packet.size());
+    }
+    return moved;
+  }
+
+  void SubmitAll() {
+    for (Slot& slot : mSlots) {
+      slot.owner = this;
+      slot.transfer.reset(libusb_alloc_transfer(0));
+      libusb_fill_bulk_transfer(slot.transfer.get(), mHandle.get(), kIn, slot.buffer.data(),
+                                static_cast<int>(slot.buffer.size()), &BareSide::Completed, &slot, 0);
+      Submit(slot);
+    }
+  }
+
+  void Drain() {
+    while (mPending > 0) {
+      libusb_handle_events(mContext);
+    }
+  }
+
+  void Submit(Slot& slot) {
+    Require(libusb_submit_transfer(slot.transfer.get()) == 0, "a submission fails");
+    ++mPending;
+  }
+
+  static void LIBUSB_CALL Completed(libusb_transfer* transfer) {
+    Slot& slot = *static_cast<Slot*>(transfer->user_data);
+    BareSide& self = *slot.owner;
+    --self.mPending;
+    if (transfer->status != LIBUSB_TRANSFER_COMPLETED) {
+      return;
+    }
+    const auto bytes =
+        std::span<const std::uint8_t>(slot.buffer).first(static_cast<std::size_t>(transfer->actual_length));
+    self.mReceived += self.Strip(bytes, self.mTarget);
+    if (self.mReceived < self.mWanted) {
+      self.Submit(slot);
+    }
+  }
+
+  libusb_context* mContext;
+  corvane::UsbHandle mHandle;
+  std::size_t mPacket;
+  std::array<std::uint8_t, 512> mBuffer{};
+  std::array<std::uint8_t, kTransferBytes> mTarget{};
+  std::array<Slot, kInFlight> mSlots;
+  std::size_t mPending = 0;
+  std::size_t mWanted = 0;
+  std::size_t mReceived = 0;
+};
+
+/// A bus with one high-speed chip, and both ways to it in turns.
+class Bench {
+ public:
+  explicit Bench(ISerialPeer& peer)
+      : mChip(mBus.Plug({.productId = 0x6014, .release = 0x0900, .highSpeed = true, .repliesAtOnce = true}, {&peer})),
+        mContext(corvane::MakeUsbContext()) {
+    mBus.SetCompletionDelay(kMicroframe);
+  }
+
+  double WithFt(const std::function<double(FtSide&)>& measure) {
+    FtSide side;
+    return measure(side);
+  }
+  /// Processor seconds of everything but the simulated bus's own thread.
+  double ProcessorSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    const double all = static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+    return all - std::chrono::duration<double>(mBus.EngineTime()).count();
+  }
+  double WithBare(const std::function<double(BareSide&)>& measure) {
+    BareSide side(mContext, mBus, mChip);
+    return measure(side);
+  }
+
+ private:
+  VirtualUsbBus mBus;
+  BridgeChip& mChip;
+  corvane::UsbContext mContext;
+};
+
+/// Median seconds of one exchange.
+template <class Side>
+double RoundTripSeconds(Side& side) {
+  std::array<std::uint8_t, kMessage> message{};
+  std::vector<double> times;
+  for (int i = 0; i < kRoundTrips; ++i) {
+    message.fill(static_cast<std::uint8_t>(i));
+    const auto begin = Clock::now();
+    side.RoundTrip(message);
+    times.push_back(Seconds(Clock::now() - begin));
+    Require(std::ranges::count(message, static_cast<std::uint8_t>(i)) == static_cast<std::ptrdiff_t>(kMessage),
+            "an exchange brings wrong bytes");
+  }
+  return Median(times);
+}
+
+bool RoundTrip(int rounds) {
+  LoopbackPeer peer;
+  Bench bench(peer);
+  const auto figures = InTurns(
+      rounds, [&] { return bench.WithFt([](FtSide& side) { return RoundTripSeconds(side); }); },
+      [&] { return bench.WithBare([](BareSide& side) { return RoundTripSeconds(side); }); });
+  std::printf("round trip of %zu bytes: library %.1f us, synchronous libusb %.1f us, ratio %.2f (at most %.2f)\n",
+              kMessage, figures.library * 1e6, figures.bare * 1e6, figures.ratio, kRoundTripLimit);
+  return figures.ratio <= kRoundTripLimit;
+}
+
+bool Throughput(int rounds) {
+  CountingPeer peer;
+  Bench bench(peer);
+  const auto rate = [](Clock::time_point begin) {
+    return static_cast<double>(kBulkBytes) / Seconds(Clock::now() - begin);
+  };
+  const auto library = [&](FtSide& side) {
+    std::vector<std::uint8_t> chunk(kChunk);
+    const auto begin = Clock::now();
+    for (std::size_t left = kBulkBytes; left > 0;) {
+      const std::size_t length = std::min(left, kChunk);
+      side.Read(std::span(chunk).first(length));
+      left -= length;
+    }
+    return rate(begin);
+  };
+  const auto bare = [&](BareSide& side) {
+    const auto begin = Clock::now();
+    side.Stream(kBulkBytes);
+    return rate(begin);
+  };
+  const auto figures = InTurns(
+      rounds, [&] { return bench.WithFt(library); }, [&] { return bench.WithBare(bare); });
+  std::printf(
+      "bulk throughput: library %.1f MB/s, libusb with %zu transfers in flight %.1f MB/s, ratio %.2f (at least %.2f)\n",
+      figures.library * 1e-6, kInFlight, figures.bare * 1e-6, figures.ratio, kThroughputLimit);
+  return figures.ratio >= kThroughputLimit;
+}
+
+/// Percent of a core that nothing but sleeping for a millisecond again and again takes on this machine.
+double SleepingPercent() {
+  const auto used = [] {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+  };
+  const double before = used();
+  const auto begin = Clock::now();
+  while (Clock::now() < begin + 1s) {
+    std::this_thread::sleep_for(1ms);
+  }
+  return (used() - before) / Seconds(Clock::now() - begin) * 100;
+}
+
+bool Waiting(int /*rounds*/) {
+  ScriptedPeer silent;
+  Bench bench(silent);
+  const auto percent = [&bench](auto& side) {
+    const double before = bench.ProcessorSeconds();
+    const auto begin = Clock::now();
+    side.Wait();
+    return (bench.ProcessorSeconds() - before) / Seconds(Clock::now() - begin) * 100;
+  };
+  const auto figures = InTurns(
+      kWaitingRounds, [&] { return bench.WithFt(percent); }, [&] { return bench.WithBare(percent); });
+  std::printf(
+      "processor time while a read waits %.0f s: library %.2f %% of a core (at most %.0f %%), libusb with %zu "
+      "transfers in flight %.2f %%, ratio %.1f; sleeping 1 ms again and again %.2f %%\n",
+      kWaitMilliseconds * 1e-3, figures.library, kWaitingLimit, kInFlight, figures.bare, figures.ratio,
+      SleepingPercent());
+  return figures.library <= kWaitingLimit;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  corvane::EnsureUmockdevPreload(argv);
+  return corvane::RunBenchmarks(argc, argv, {RoundTrip, Throughput, Waiting});
+}
