@@ -1,16 +1,16 @@
-// What the benchmarks share: two sides measured in turns in one process, so that whatever else the machine does hits
-// both; and the command line. PROGRAM [--check] [--rounds N]: with --check the exit status is 1 when a figure is beyond
-// its limit.
+// What the benchmarks share: two sides measured in turns within one Google Benchmark run, so that whatever else the
+// machine does hits both, and limits that a figure must keep. A figure beyond its limit is reported as an error and
+// makes the exit status 1.
 #pragma once
+
+#include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
-#include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <stdexcept>
-#include <string_view>
+#include <string>
 #include <vector>
 
 namespace corvane {
@@ -39,43 +39,44 @@ struct Comparison {
   double ratio = 0;
 };
 
-inline Comparison InTurns(int rounds, const std::function<double()>& library, const std::function<double()>& bare) {
+/// Measures both sides once in every iteration of the benchmark and shows the medians as counters.
+inline Comparison InTurns(benchmark::State& state, const std::function<double()>& library,
+                          const std::function<double()>& bare) {
   std::vector<double> libraryFigures;
   std::vector<double> bareFigures;
   std::vector<double> ratios;
-  for (int round = 0; round < rounds; ++round) {
+  while (state.KeepRunning()) {
     libraryFigures.push_back(library());
     bareFigures.push_back(bare());
     ratios.push_back(libraryFigures.back() / bareFigures.back());
   }
-  return {Median(libraryFigures), Median(bareFigures), Median(ratios)};
+  const Comparison figures{Median(libraryFigures), Median(bareFigures), Median(ratios)};
+  state.counters["library"] = figures.library;
+  state.counters["bare"] = figures.bare;
+  state.counters["ratio"] = figures.ratio;
+  return figures;
 }
 
-/// Runs benchmarks, each of which prints its figures and answers whether they keep within their limits.
-inline int RunBenchmarks(int argc, char** argv, const std::vector<std::function<bool(int rounds)>>& benchmarks) {
-  bool check = false;
-  int rounds = 9;
-  for (int i = 1; i < argc; ++i) {
-    const std::string_view argument = argv[i];
-    if (argument == "--check") {
-      check = true;
-    } else if (argument == "--rounds" && i + 1 < argc) {
-      rounds = std::max(1, std::atoi(argv[++i]));
-    } else {
-      std::fprintf(stderr, "usage: %s [--check] [--rounds N]\n", argv[0]);
-      return EXIT_FAILURE;
-    }
+inline bool& AllWithinLimits() {
+  static bool within = true;
+  return within;
+}
+
+inline void Limit(benchmark::State& state, bool kept, const std::string& limit) {
+  state.SetLabel(limit);
+  if (!kept) {
+    state.SkipWithError(("beyond its limit: " + limit).c_str());
+    AllWithinLimits() = false;
   }
-  try {
-    bool kept = true;
-    for (const auto& benchmark : benchmarks) {
-      kept = benchmark(rounds) && kept;
-    }
-    return !check || kept ? EXIT_SUCCESS : EXIT_FAILURE;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s\n", error.what());
-    return EXIT_FAILURE;
+}
+
+inline int RunBenchmarks(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+    return 2;
   }
+  benchmark::RunSpecifiedBenchmarks();
+  return AllWithinLimits() ? 0 : 1;
 }
 
 }  // namespace corvane

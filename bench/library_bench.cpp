@@ -3,7 +3,6 @@
 #include <dlfcn.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -22,6 +21,7 @@ namespace {
 
 using corvane::Clock;
 using corvane::InTurns;
+using corvane::Limit;
 using corvane::Require;
 using corvane::Seconds;
 
@@ -29,6 +29,7 @@ constexpr double kTransferLimit = 1.0;  // microseconds of the library's own per
 constexpr double kEvaluationLimit = 1.3;
 constexpr int kManyPixels = 1'000'000;
 constexpr int kDetectorPixels = 2048;
+constexpr int kRounds = 9;
 
 /// The pauses between reply lines are the protocol's, not the library's cost.
 class NoPauses final : public corvane::TimeSource {
@@ -98,7 +99,8 @@ double Replay(TI2CInterface& bus, std::vector<Transfer>& transfers) {
   return Seconds(Clock::now() - begin);
 }
 
-bool OwnTimePerTransfer(int rounds) {
+/// Seconds of a session; own_us: microseconds of the library's own for each transfer.
+void OwnTimePerTransfer(benchmark::State& state) {
   Require(dlopen(CORVANE_SIMULATED_SDK, RTLD_NOW) != nullptr, "no simulated camera SDK");
   const NoPauses noPauses;
   const TemporaryDirectory folder;
@@ -116,16 +118,17 @@ bool OwnTimePerTransfer(int rounds) {
     Session(*bus);
     return Seconds(Clock::now() - begin);
   };
-  const auto figures = InTurns(rounds, library, [&] { return Replay(*bus, transfers); });
+  const auto figures = InTurns(state, library, [&] { return Replay(*bus, transfers); });
   const double own = (figures.library - figures.bare) / static_cast<double>(transfers.size()) * 1e6;
-  std::printf(
-      "session of %zu I2C transfers: library %.2f ms, the same transfers directly %.2f ms, ratio %.2f; the library's "
-      "own time %.3f us a transfer (at most %.1f)\n",
-      transfers.size(), figures.library * 1e3, figures.bare * 1e3, figures.ratio, own, kTransferLimit);
-  return own <= kTransferLimit;
+  state.counters["transfers"] = static_cast<double>(transfers.size());
+  state.counters["own_us"] = own;
+  Limit(state, own <= kTransferLimit, "own time at most 1 us a transfer");
 }
+BENCHMARK(OwnTimePerTransfer)->Iterations(kRounds)->Unit(benchmark::kMillisecond);
 
-bool Evaluation(int rounds, int pixels, double limit) {
+/// Seconds of a million evaluated pixels in detectors of the argument's size; the fit is part of the library's side.
+void Evaluation(benchmark::State& state) {
+  const auto pixels = static_cast<int>(state.range(0));
   FakeHardware hardware;
   TCalibration calibration(nullptr, &hardware);
   calibration.SetPixelWidth(13.5F * static_cast<float>(kDetectorPixels) / static_cast<float>(pixels));
@@ -156,18 +159,18 @@ bool Evaluation(int rounds, int pixels, double limit) {
     }
     return Seconds(Clock::now() - begin);
   };
-  const auto figures = InTurns(rounds, library, plain);
+  const auto figures = InTurns(state, library, plain);
   const double values = static_cast<double>(pixels) * repeats;
-  std::printf("calibration of %d pixels: library %.3f ns, plain loop %.3f ns a pixel, ratio %.2f%s\n", pixels,
-              figures.library / values * 1e9, figures.bare / values * 1e9, figures.ratio,
-              limit > 0 ? " (at most 1.3)" : " (fit included)");
-  return limit <= 0 || figures.ratio <= limit;
+  state.counters["ns_per_pixel"] = figures.library / values * 1e9;
+  // A fit costs as much as thousands of pixels, so the ratio says nothing for one detector.
+  if (pixels == kManyPixels) {
+    Limit(state, figures.ratio <= kEvaluationLimit, "ratio at most 1.3");
+  }
 }
+BENCHMARK(Evaluation)->Arg(kDetectorPixels)->Arg(kManyPixels)->Iterations(kRounds)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  return corvane::RunBenchmarks(argc, argv,
-                                {OwnTimePerTransfer, [](int rounds) { return Evaluation(rounds, kDetectorPixels, 0); },
-                                 [](int rounds) { return Evaluation(rounds, kManyPixels, kEvaluationLimit); }});
+  return corvane::RunBenchmarks(argc, argv);
 }

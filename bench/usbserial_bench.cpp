@@ -1,14 +1,11 @@
 // What the bridge library costs against bare libusb calls on the same virtual chip: the round trip of a short request,
 // bulk throughput, and processor time while a read waits. Both sides of a ratio run in turns in one process.
-//
-// usbserial_bench [--check] [--rounds N]: with --check the exit status is 1 when a figure is beyond its limit.
 #include <libusb.h>
 
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdint>
-#include <cstdio>
 #include <ctime>
 #include <functional>
 #include <span>
@@ -26,6 +23,7 @@ namespace {
 
 using corvane::Clock;
 using corvane::InTurns;
+using corvane::Limit;
 using corvane::Median;
 using corvane::Require;
 using corvane::Seconds;
@@ -38,6 +36,7 @@ constexpr double kWaitingLimit = 2.0;
 constexpr auto kMicroframe = 125us;
 constexpr std::size_t kMessage = 16;
 constexpr int kRoundTrips = 400;
+constexpr int kRounds = 9;
 constexpr int kWaitingRounds = 3;
 constexpr std::size_t kBulkBytes = 4'000'000;
 constexpr std::size_t kChunk = 16384;
@@ -243,18 +242,19 @@ double RoundTripSeconds(Side& side) {
   return Median(times);
 }
 
-bool RoundTrip(int rounds) {
+/// Seconds of an exchange.
+void RoundTrip(benchmark::State& state) {
   LoopbackPeer peer;
   Bench bench(peer);
   const auto figures = InTurns(
-      rounds, [&] { return bench.WithFt([](FtSide& side) { return RoundTripSeconds(side); }); },
+      state, [&] { return bench.WithFt([](FtSide& side) { return RoundTripSeconds(side); }); },
       [&] { return bench.WithBare([](BareSide& side) { return RoundTripSeconds(side); }); });
-  std::printf("round trip of %zu bytes: library %.1f us, synchronous libusb %.1f us, ratio %.2f (at most %.2f)\n",
-              kMessage, figures.library * 1e6, figures.bare * 1e6, figures.ratio, kRoundTripLimit);
-  return figures.ratio <= kRoundTripLimit;
+  Limit(state, figures.ratio <= kRoundTripLimit, "ratio at most 1.25");
 }
+BENCHMARK(RoundTrip)->Iterations(kRounds)->Unit(benchmark::kMillisecond);
 
-bool Throughput(int rounds) {
+/// Bytes a second.
+void Throughput(benchmark::State& state) {
   CountingPeer peer;
   Bench bench(peer);
   const auto rate = [](Clock::time_point begin) {
@@ -276,12 +276,10 @@ bool Throughput(int rounds) {
     return rate(begin);
   };
   const auto figures = InTurns(
-      rounds, [&] { return bench.WithFt(library); }, [&] { return bench.WithBare(bare); });
-  std::printf(
-      "bulk throughput: library %.1f MB/s, libusb with %zu transfers in flight %.1f MB/s, ratio %.2f (at least %.2f)\n",
-      figures.library * 1e-6, kInFlight, figures.bare * 1e-6, figures.ratio, kThroughputLimit);
-  return figures.ratio >= kThroughputLimit;
+      state, [&] { return bench.WithFt(library); }, [&] { return bench.WithBare(bare); });
+  Limit(state, figures.ratio >= kThroughputLimit, "ratio at least 0.9");
 }
+BENCHMARK(Throughput)->Iterations(kRounds)->Unit(benchmark::kMillisecond);
 
 /// Percent of a core that nothing but sleeping for a millisecond again and again takes on this machine.
 double SleepingPercent() {
@@ -298,7 +296,8 @@ double SleepingPercent() {
   return (used() - before) / Seconds(Clock::now() - begin) * 100;
 }
 
-bool Waiting(int /*rounds*/) {
+/// Percent of a core while a read waits.
+void Waiting(benchmark::State& state) {
   ScriptedPeer silent;
   Bench bench(silent);
   const auto percent = [&bench](auto& side) {
@@ -308,18 +307,15 @@ bool Waiting(int /*rounds*/) {
     return (bench.ProcessorSeconds() - before) / Seconds(Clock::now() - begin) * 100;
   };
   const auto figures = InTurns(
-      kWaitingRounds, [&] { return bench.WithFt(percent); }, [&] { return bench.WithBare(percent); });
-  std::printf(
-      "processor time while a read waits %.0f s: library %.2f %% of a core (at most %.0f %%), libusb with %zu "
-      "transfers in flight %.2f %%, ratio %.1f; sleeping 1 ms again and again %.2f %%\n",
-      kWaitMilliseconds * 1e-3, figures.library, kWaitingLimit, kInFlight, figures.bare, figures.ratio,
-      SleepingPercent());
-  return figures.library <= kWaitingLimit;
+      state, [&] { return bench.WithFt(percent); }, [&] { return bench.WithBare(percent); });
+  state.counters["sleeping_1ms"] = SleepingPercent();
+  Limit(state, figures.library <= kWaitingLimit, "library at most 2 % of a core");
 }
+BENCHMARK(Waiting)->Iterations(kWaitingRounds)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
 int main(int argc, char** argv) {
   corvane::EnsureUmockdevPreload(argv);
-  return corvane::RunBenchmarks(argc, argv, {RoundTrip, Throughput, Waiting});
+  return corvane::RunBenchmarks(argc, argv);
 }
