@@ -92,7 +92,7 @@ class Cameras : public testing::Test {
 };
 
 TEST_F(Cameras, AreNumberedThroughEightSourcesAtMost) {
-  for (const std::size_t devices : {2, 0, 1, 0, 0, 0, 0}) {
+  for (const std::size_t devices : {2U, 0U, 1U, 0U, 0U, 0U, 0U}) {
     Add(std::vector<std::string>(devices));
   }
   EXPECT_FALSE(mGlobal->AddController(std::make_unique<FakeSource>(std::vector<std::string>{"ninth"})));

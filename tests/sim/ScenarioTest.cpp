@@ -55,7 +55,7 @@ TEST(Scenario, MistakesAreReportedWithTheirPlace) {
       {R"({"usb": [{}, {"vendorId": "136E"}]})", "usb[1].vendorId must be a USB identifier"},
       {R"({"transportFaults": [{"operation": 0}]})", "transportFaults[0].operation must be a whole number from 1"}};
   for (const auto& [text, place] : kMistakes) {
-    const auto parse = [&] { ParseScenario(text, "file", "/nowhere"); };
+    const auto parse = [&scenario = text] { ParseScenario(scenario, "file", "/nowhere"); };
     EXPECT_THAT(parse, ThrowsMessage<ScenarioError>(HasSubstr(place))) << text;
   }
 }

@@ -543,8 +543,9 @@ INSTANTIATE_TEST_SUITE_P(
                     MemoryCase{"HugeBehindAVersion", [](int address) { return Versioned(address, "2.9", 0x7F); }},
                     MemoryCase{"Noise",
                                [](int address) {
-                                 return Versioned(address, "3.0",
-                                                  static_cast<std::uint8_t>(address * 2654435761U >> 13));
+                                 return Versioned(
+                                     address, "3.0",
+                                     static_cast<std::uint8_t>(static_cast<unsigned>(address) * 2654435761U >> 13));
                                }}),
     [](const auto& instance) { return instance.param.name; });
 
