@@ -20,7 +20,7 @@ constexpr DWORD kImpatientTimeout = 500;
 constexpr std::uint8_t kVendorOut = 0x40;
 constexpr std::chrono::microseconds kShortPause{1};
 constexpr milliseconds kFastPolling{20};
-constexpr milliseconds kLongestPause{4};
+constexpr milliseconds kLongestPause{10};
 
 }  // namespace
 

@@ -267,7 +267,7 @@ CORVANE_FT_API FT_STATUS FT_Close(FT_HANDLE handle);
 /// is the number of bytes taken; fewer than count, possibly none, after the time-out, which is no failure.
 /// 0; 1; 4 the device is gone or was closed, even if bytes were waiting; 6 null buffer or received.
 /// While it waits it polls: every microsecond for 20 ms without new data, then at intervals of a twentieth of the time
-/// without new data, 4 ms at most.
+/// without new data, 10 ms at most.
 CORVANE_FT_API FT_STATUS FT_Read(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD received);
 
 /// Sends count bytes on the bulk OUT path and waits until the chip has taken them or the write time-out (0: none) is
