@@ -48,7 +48,7 @@ unsigned int CorvaneGetFilterInfo(int device, int filter, char* info) {
   });
   label.back() = '\0';
   if (call.Good() && info != nullptr) {
-    std::strcpy(info, label.data());
+    std::copy_n(label.begin(), std::strlen(label.data()) + 1, info);
   }
   return call.Status();
 }

@@ -5,7 +5,6 @@
 
 using corvane::ApiCall;
 using corvane::Argument;
-using corvane::Fitted;
 
 namespace {
 

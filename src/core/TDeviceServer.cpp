@@ -24,7 +24,7 @@ void TDeviceServer::Disconnect(TDeviceClient* client) {
 
 void TDeviceServer::StateChanged() {
   // By index: a client that breaks the rule and (dis)connects here must not leave a dangling iterator.
-  for (std::size_t i = 0; i < mClients.size(); ++i) {
+  for (std::size_t i = 0; i < mClients.size(); ++i) {  // NOLINT(modernize-loop-convert)
     if (mClients[i] != nullptr) {
       mClients[i]->OnStateChanged(this);
     }
