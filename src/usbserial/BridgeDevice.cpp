@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <list>
+#include <optional>
 #include <system_error>
 #include <thread>
 
@@ -16,8 +18,9 @@ using std::chrono::steady_clock;
 
 constexpr std::size_t kFullSpeedPacket = 64;
 constexpr int kPurgeRepeats = 6;
-constexpr DWORD kImpatientTimeout = 500;
-constexpr std::uint8_t kVendorOut = 0x40;
+constexpr int kSignalTries = 20;
+constexpr milliseconds kSignalPause{1};
+constexpr milliseconds kEventSlice{100};
 constexpr std::chrono::microseconds kShortPause{1};
 constexpr milliseconds kFastPolling{20};
 constexpr milliseconds kLongestPause{10};
@@ -30,8 +33,7 @@ nanoseconds PollInterval(nanoseconds quiet) {
 
 BridgeDevice::Claim::Claim(libusb_device_handle* handle, int interfaceNumber)
     : mHandle(handle), mInterfaceNumber(interfaceNumber) {
-  libusb_set_auto_detach_kernel_driver(handle, 1);  // where it is not supported the claim tells
-  if (libusb_claim_interface(handle, interfaceNumber) != LIBUSB_SUCCESS) {
+  if (!Resume()) {
     throw FtFailure(FT_DEVICE_NOT_OPENED);
   }
 }
@@ -40,29 +42,64 @@ BridgeDevice::Claim::~Claim() {
   libusb_release_interface(mHandle, mInterfaceNumber);
 }
 
-BridgeDevice::BridgeDevice(libusb_context* context, const BridgeEntry& entry)
-    : mDevice(entry.device.get()),
-      mInterfaceIndex(entry.interfaceIndex),
-      mPort(static_cast<std::uint16_t>(entry.channel)),
-      mHandle(OpenEntry(entry)) {
+// A kernel driver is not asked back for the time between.
+void BridgeDevice::Claim::Suspend() {
+  libusb_set_auto_detach_kernel_driver(mHandle, 0);
+  libusb_release_interface(mHandle, mInterfaceNumber);
+}
+
+bool BridgeDevice::Claim::Resume() {
+  libusb_set_auto_detach_kernel_driver(mHandle, 1);  // where it is not supported the claim tells
+  return libusb_claim_interface(mHandle, mInterfaceNumber) == LIBUSB_SUCCESS;
+}
+
+/// While one lives, nothing but control requests is under way on an open channel, and it is not given back.
+class BridgeDevice::Standstill {
+ public:
+  explicit Standstill(BridgeDevice& device) : mDevice(device), mUse(device.mUse), mOpen(!device.mClosing) {
+    mDevice.mWrites->SetHeld(true);
+    mPause.emplace(*mDevice.mReads);
+  }
+  ~Standstill() { mDevice.mWrites->SetHeld(false); }
+  Standstill(const Standstill&) = delete;
+  Standstill& operator=(const Standstill&) = delete;
+
+  bool IsOpen(const BridgeDevice& device) const { return mOpen && &mDevice == &device; }
+  bool Complete() const { return mPause->Complete(); }
+
+  void Suspend() {
+    if (mOpen) {
+      mDevice.mClaim->Suspend();
+    }
+  }
+  bool Resume() {
+    const bool done = !mOpen || mDevice.mClaim->Resume();
+    if (!done) {
+      mDevice.mReads->Fail();
+    }
+    return done;
+  }
+
+ private:
+  BridgeDevice& mDevice;
+  std::shared_lock<std::shared_mutex> mUse;
+  bool mOpen;
+  std::optional<ReadPipeline::Pause> mPause;
+};
+
+BridgeDevice::BridgeDevice(libusb_context* context, const BridgeEntry& entry, bool resetChip)
+    : mDevice(entry.device.get()), mInterfaceIndex(entry.interfaceIndex), mHandle(OpenEntry(entry)) {
   const BridgeEndpoints endpoints = EndpointsOf(entry);
   mClaim = std::make_unique<Claim>(mHandle.get(), endpoints.interfaceNumber);
   mIdentity = IdentityOf(entry, mHandle.get());
   mIdentity.highSpeed = endpoints.maxPacket > kFullSpeedPacket;
 
-  DWORD timeout = mControlTimeout;
-  for (const VendorOut& request : OpeningRequests(HasFastBaudClock(mIdentity.type), mPort)) {
-    const int result = Control(request, timeout);
-    if (result == LIBUSB_ERROR_NO_DEVICE) {
-      break;
-    }
-    if (result == LIBUSB_ERROR_TIMEOUT) {
-      timeout = kImpatientTimeout;  // the line is still to be set, but opening must come to an end
-    }
-  }
+  mControl = std::make_unique<ControlPath>(mHandle.get(), mIdentity, static_cast<std::uint16_t>(entry.channel));
+  mLine = std::make_unique<LineSettings>(*mControl);
+  mLine->Open(resetChip);
 
   mWrites = std::make_unique<BulkOut>(context, mHandle.get(), endpoints.out);
-  mReads = std::make_unique<ReadPipeline>(context, mHandle.get(), endpoints.in, endpoints.maxPacket);
+  mReads = std::make_unique<ReadPipeline>(context, mHandle.get(), endpoints.in, endpoints.maxPacket, mEvents);
   try {
     mReads->Start();
   } catch (const std::system_error&) {
@@ -74,8 +111,14 @@ void BridgeDevice::Close() {
   if (mClosing.exchange(true)) {
     return;
   }
-  mWrites->Cancel();  // first, so that a write ends while the reads come back
+  mControl->End();
+  mWrites->Cancel();  // before the reads, so that a write ends while these come back
   mReads->Stop();
+  // The one who closes may be the one who holds the event's mutex.
+  for (int i = 0; i < kSignalTries && !mEvents.Signal(); ++i) {
+    std::this_thread::sleep_for(kSignalPause);
+  }
+  mEvents.SetNotification(0, nullptr);
   const std::unique_lock use(mUse);
   mClaim.reset();
   mHandle.reset();
@@ -131,57 +174,107 @@ FT_STATUS BridgeDevice::Write(void* bytes, DWORD count, DWORD* written) {
 }
 
 FT_STATUS BridgeDevice::Send(std::span<std::uint8_t> bytes, DWORD& written) {
-  const std::shared_lock use(mUse);
-  if (mClosing) {
-    return FT_IO_ERROR;
-  }
-  written = static_cast<DWORD>(mWrites->Send(bytes, milliseconds(mWriteTimeout.load())));
-  if (written != bytes.size()) {
-    return FT_IO_ERROR;
-  }
-  std::this_thread::sleep_for(kShortPause);
-  return FT_OK;
+  return WhileOpen([&]() -> FT_STATUS {
+    mUnsent = static_cast<DWORD>(bytes.size());
+    written = static_cast<DWORD>(mWrites->Send(bytes, milliseconds(mWriteTimeout.load())));
+    mUnsent = 0;
+    if (written != bytes.size()) {
+      return FT_IO_ERROR;
+    }
+    mEvents.RaiseTransmitEmpty();
+    SignalEvents();
+    std::this_thread::sleep_for(kShortPause);
+    return FT_OK;
+  });
 }
 
 // Only the two bits do something: a mask without them keeps received bytes.
 FT_STATUS BridgeDevice::Purge(DWORD mask) {
-  const std::shared_lock use(mUse);
-  if (mClosing) {
-    return FT_IO_ERROR;
-  }
-  if ((mask & FT_PURGE_RX) != 0) {
-    const FT_STATUS status = PurgeReceive();
-    if (status != FT_OK) {
-      return status;
+  return WhileOpen([&]() -> FT_STATUS {
+    if ((mask & FT_PURGE_RX) != 0) {
+      const FT_STATUS status = PurgeReceive();
+      if (status != FT_OK) {
+        return status;
+      }
     }
-  }
-  if ((mask & FT_PURGE_TX) != 0) {
-    return Control({kRequestReset, kPurgeTransmit, mPort}, mControlTimeout) == 0 ? FT_OK : FT_IO_ERROR;
-  }
-  return FT_OK;
+    if ((mask & FT_PURGE_TX) != 0) {
+      return mControl->Send(BridgeRequest::kPurgeTransmit);
+    }
+    return FT_OK;
+  });
 }
 
 FT_STATUS BridgeDevice::PurgeReceive() {
-  int result = 0;
+  FT_STATUS status = FT_OK;
   for (int i = 0; i < kPurgeRepeats; ++i) {
-    result = mClosing ? LIBUSB_ERROR_INTERRUPTED : Control({kRequestReset, kPurgeReceive, mPort}, mControlTimeout);
+    status = mControl->Send(BridgeRequest::kPurgeReceive);
   }
-  if (result != 0) {
+  if (status == FT_OK) {
+    mReads->Discard();
+  }
+  return status;
+}
+
+// A reset takes every interface from its holder, with the requests under way, and lets kernel drivers have it.
+FT_STATUS BridgeDevice::ResetPort(const std::vector<std::shared_ptr<BridgeDevice>>& channels) {
+  std::list<Standstill> still;
+  for (const auto& channel : channels) {
+    still.emplace_back(*channel);
+  }
+  if (std::none_of(still.begin(), still.end(), [&](const auto& each) { return each.IsOpen(*this); }) ||
+      !std::all_of(still.begin(), still.end(), [](const auto& each) { return each.Complete(); })) {
     return FT_IO_ERROR;
   }
-  mReads->Discard();
-  return FT_OK;
+  std::for_each(still.begin(), still.end(), [](auto& each) { each.Suspend(); });
+  bool done = libusb_reset_device(mHandle.get()) == LIBUSB_SUCCESS;
+  if (done) {
+    std::for_each(channels.begin(), channels.end(), [](const auto& channel) { channel->mLine->Forget(); });
+  }
+  for (Standstill& each : still) {
+    done = each.Resume() && done;
+  }
+  return static_cast<FT_STATUS>(done ? FT_OK : FT_IO_ERROR);
+}
+
+FT_STATUS BridgeDevice::Request(BridgeRequest name, unsigned value, unsigned index, std::span<std::uint8_t> answer) {
+  return WhileOpen([&] { return mControl->Send(name, value, index, answer); });
+}
+
+FT_STATUS BridgeDevice::Vendor(std::uint8_t request, std::uint16_t value, std::uint16_t index,
+                               std::span<std::uint8_t> buffer, std::uint8_t type) {
+  return WhileOpen([&] { return mControl->Vendor(request, value, index, buffer, type); });
+}
+
+FT_STATUS BridgeDevice::WaitOnMask(DWORD& events, const CancelShield& shield) {
+  const milliseconds timeout(mReadTimeout.load());
+  const auto end = timeout.count() == 0 ? steady_clock::time_point::max() : steady_clock::now() + timeout;
+  for (;;) {
+    if (!mReads->Running()) {
+      return FT_IO_ERROR;
+    }
+    const auto now = steady_clock::now();
+    if (mEvents.Await(std::min(end, now + kEventSlice), events) || now >= end) {
+      return FT_OK;
+    }
+    shield.Sleep(nanoseconds(1));  // where a cancelled thread ends
+  }
+}
+
+void BridgeDevice::SetNotification(DWORD mask, FT_EVENT* event) {
+  mEvents.SetNotification(mask, event);
+  SignalEvents();
+}
+
+// The processor thread goes on trying while the host holds its mutex.
+void BridgeDevice::SignalEvents() {
+  if (!mEvents.Signal()) {
+    mReads->Wake();
+  }
 }
 
 void BridgeDevice::SetTimeouts(DWORD readTimeout, DWORD writeTimeout) {
   mReadTimeout = readTimeout;
   mWriteTimeout = writeTimeout;
-}
-
-// 0 or libusb's error code.
-int BridgeDevice::Control(const VendorOut& request, DWORD timeout) {
-  return libusb_control_transfer(mHandle.get(), kVendorOut, request.request, request.value, request.index, nullptr, 0,
-                                 timeout);
 }
 
 }  // namespace corvane

@@ -8,12 +8,15 @@
 #include <mutex>
 #include <shared_mutex>
 #include <span>
+#include <vector>
 
 #include "usbserial/BridgeEnumeration.h"
 #include "usbserial/BulkOut.h"
 #include "usbserial/CancelShield.h"
+#include "usbserial/ControlPath.h"
+#include "usbserial/DeviceEvents.h"
+#include "usbserial/LineSettings.h"
 #include "usbserial/ReadPipeline.h"
-#include "usbserial/VendorRequests.h"
 
 namespace corvane {
 
@@ -24,11 +27,10 @@ std::chrono::nanoseconds PollInterval(std::chrono::nanoseconds quiet);
 
 class BridgeDevice {
  public:
-  static constexpr DWORD kDefaultControlTimeout = 5000;
-
-  /// Opens the entry's channel. Throws FtFailure: 2 it vanished, 3 it cannot be opened or claimed, 4 it lacks its
+  /// Opens the entry's channel; the chip is reset only if wanted, since that reaches its other channels too. Throws
+  /// FtFailure: 2 it vanished, 3 it cannot be opened or claimed, 4 it lacks its
   /// endpoints, 5 no thread; std::bad_alloc.
-  BridgeDevice(libusb_context* context, const BridgeEntry& entry);
+  BridgeDevice(libusb_context* context, const BridgeEntry& entry, bool resetChip);
   ~BridgeDevice() { Close(); }
   BridgeDevice(const BridgeDevice&) = delete;
   BridgeDevice& operator=(const BridgeDevice&) = delete;
@@ -37,6 +39,7 @@ class BridgeDevice {
   void Close();
 
   const BridgeIdentity& Identity() const { return mIdentity; }
+  const libusb_device* Chip() const { return mDevice; }
   bool IsChannelOf(const BridgeEntry& entry) const {
     return mDevice == entry.device.get() && mInterfaceIndex == entry.interfaceIndex;
   }
@@ -49,10 +52,42 @@ class BridgeDevice {
   FT_STATUS Write(void* bytes, DWORD count, DWORD* written);
 
   FT_STATUS Purge(DWORD mask);
+
+  /// Resets the USB port of the chip, which is as after power-on then, with what is under way on it. `channels` are
+  /// all open channels of the chip, always in the same order. One that cannot be taken again has failed then. 0; 4 also
+  /// in that case, and when this channel is not among them. One call at a time.
+  FT_STATUS ResetPort(const std::vector<std::shared_ptr<BridgeDevice>>& channels);
+
+  /// A request of the table, or one of the caller's own making: see ControlPath. 4 once the device is closed.
+  FT_STATUS Request(BridgeRequest name, unsigned value = 0, unsigned index = 0, std::span<std::uint8_t> answer = {});
+  FT_STATUS Vendor(std::uint8_t request, std::uint16_t value, std::uint16_t index, std::span<std::uint8_t> buffer,
+                   std::uint8_t type);
+
+  /// Runs the body on the line settings. 4 once the device is closed.
+  template <class Body>
+  FT_STATUS OnLine(Body&& body) {
+    return WhileOpen([&] { return body(*mLine); });
+  }
+  LineState Line() const { return mLine->State(); }
+
+  /// Waits for an event of the wait mask, or for the read time-out; `events` is what came. 0 or 4.
+  FT_STATUS WaitOnMask(DWORD& events, const CancelShield& shield);
+  DeviceEvents& Events() { return mEvents; }
+  /// Starts or ends the signalling of the host's event.
+  void SetNotification(DWORD mask, FT_EVENT* event);
+
   void SetTimeouts(DWORD readTimeout, DWORD writeTimeout);
-  void SetControlTimeout(DWORD timeout) { mControlTimeout = timeout == 0 ? kDefaultControlTimeout : timeout; }
-  void SetRequestLength(DWORD length) { mReads->SetRequestLength(length); }
+  DWORD ReadTimeout() const { return mReadTimeout; }
+  DWORD WriteTimeout() const { return mWriteTimeout; }
+  void SetControlTimeout(DWORD timeout) { mControl->SetTimeout(timeout); }
+  ReadPipeline& Reads() { return *mReads; }
   DWORD Available() const { return static_cast<DWORD>(mReads->Available()); }
+  /// Bytes of the write under way.
+  DWORD Unsent() const { return mUnsent; }
+
+  /// What the last serial port call on this device came to.
+  void SetLastStatus(FT_STATUS status) { mLastStatus = status; }
+  FT_STATUS LastStatus() const { return mLastStatus; }
 
  private:
   class Claim {
@@ -62,23 +97,34 @@ class BridgeDevice {
     Claim(const Claim&) = delete;
     Claim& operator=(const Claim&) = delete;
 
+    /// Gives the interface to nobody, and takes it again; that is true when it worked.
+    void Suspend();
+    bool Resume();
+
    private:
     libusb_device_handle* mHandle;
     int mInterfaceNumber;
   };
 
-  int Control(const VendorOut& request, DWORD timeout);
+  class Standstill;
+
+  template <class Body>
+  FT_STATUS WhileOpen(Body&& body) {
+    const std::shared_lock use(mUse);
+    return mClosing ? static_cast<FT_STATUS>(FT_IO_ERROR) : body();
+  }
   FT_STATUS PurgeReceive();
+  void SignalEvents();
   FT_STATUS Send(std::span<std::uint8_t> bytes, DWORD& written);
 
   const libusb_device* mDevice;  ///< kept alive by mHandle; only compared
   int mInterfaceIndex;
-  std::uint16_t mPort;
   BridgeIdentity mIdentity;
 
   std::atomic<DWORD> mReadTimeout{0};
   std::atomic<DWORD> mWriteTimeout{0};
-  std::atomic<DWORD> mControlTimeout{kDefaultControlTimeout};
+  std::atomic<DWORD> mUnsent{0};
+  std::atomic<FT_STATUS> mLastStatus{FT_OK};
 
   std::mutex mWriteLock;
   // Held shared by whoever uses mHandle apart from the pipeline, exclusively to give it back.
@@ -87,6 +133,9 @@ class BridgeDevice {
 
   UsbDeviceHandle mHandle;
   std::unique_ptr<Claim> mClaim;
+  std::unique_ptr<ControlPath> mControl;
+  std::unique_ptr<LineSettings> mLine;
+  DeviceEvents mEvents;
   std::unique_ptr<ReadPipeline> mReads;
   std::unique_ptr<BulkOut> mWrites;
 };

@@ -33,8 +33,13 @@ DWORD ChipTypeOf(std::uint16_t release, std::uint8_t serialIndex) {
   return row == kReleases.end() ? static_cast<DWORD>(FT_DEVICE_UNKNOWN) : row->type;
 }
 
-bool HasFastBaudClock(DWORD type) {
-  return type == FT_DEVICE_2232H || type == FT_DEVICE_4232H || type == FT_DEVICE_232H;
+bool HasFastBaudClock(const BridgeIdentity& identity) {
+  return identity.highSpeed || identity.type == FT_DEVICE_2232H || identity.type == FT_DEVICE_4232H ||
+         identity.type == FT_DEVICE_232H;
+}
+
+bool IsLaterChip(DWORD type) {
+  return type != FT_DEVICE_AM && type != FT_DEVICE_UNKNOWN;
 }
 
 DWORD LocationOf(std::uint8_t bus, std::uint8_t address, int channel) {

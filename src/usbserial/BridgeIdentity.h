@@ -28,7 +28,11 @@ struct BridgeIdentity {
 DWORD ChipTypeOf(std::uint16_t release, std::uint8_t serialIndex);
 
 /// Whether the chip divides 12 MHz for its baud rates instead of 3 MHz. It does so on a full-speed bus too.
-bool HasFastBaudClock(DWORD type);
+bool HasFastBaudClock(const BridgeIdentity& identity);
+
+/// Whether the chip has a latency timer and bit modes, and divides by every eighth for its baud rates. The oldest
+/// chips do not, and one that is not known is not asked.
+bool IsLaterChip(DWORD type);
 
 /// Place of a channel on the bus; channel 0 stands for a chip that has only one.
 DWORD LocationOf(std::uint8_t bus, std::uint8_t address, int channel);

@@ -99,6 +99,11 @@ bool BridgeLibrary::Close(FT_HANDLE handle) {
   return true;
 }
 
+FT_STATUS BridgeLibrary::ResetPort(BridgeDevice& device) {
+  const std::lock_guard lock(mLock);  // no other channel is opened meanwhile, and nobody else resets
+  return device.ResetPort(mOpen.OnChip(device.Chip()));
+}
+
 libusb_context* BridgeLibrary::Context() {
   if (mContext == nullptr) {
     const SignalShield shield;
@@ -127,7 +132,8 @@ std::shared_ptr<BridgeDevice> BridgeLibrary::OpenFree(const BridgeEntry& entry) 
   if (mOpen.FindChannel(entry).device != nullptr) {
     throw FtFailure(FT_DEVICE_NOT_OPENED);
   }
-  return std::make_shared<BridgeDevice>(Context(), entry);
+  const bool alone = mOpen.OnChip(entry.device.get()).empty();
+  return std::make_shared<BridgeDevice>(Context(), entry, alone);
 }
 
 FT_HANDLE BridgeLibrary::OpenFirst(const std::function<bool(const BridgeEntry&)>& matches) {

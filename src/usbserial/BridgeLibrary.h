@@ -46,6 +46,8 @@ class BridgeLibrary {
 
   /// False when the handle names no open device.
   bool Close(FT_HANDLE handle);
+  /// See BridgeDevice::ResetPort.
+  FT_STATUS ResetPort(BridgeDevice& device);
   std::shared_ptr<BridgeDevice> Find(FT_HANDLE handle) const { return mOpen.Find(handle); }
 
  private:

@@ -51,6 +51,19 @@ std::size_t BulkOut::Send(std::span<std::uint8_t> bytes, milliseconds timeout) {
 void BulkOut::Cancel() {
   const std::lock_guard lock(mMutex);
   mCancelled = true;
+  CancelInFlight();
+}
+
+void BulkOut::SetHeld(bool held) {
+  const std::lock_guard lock(mMutex);
+  mHeld = held;
+  if (held) {
+    CancelInFlight();
+  }
+}
+
+// Expects the mutex to be held.
+void BulkOut::CancelInFlight() {
   if (mRequest != nullptr && mRequest->inFlight) {
     libusb_cancel_transfer(mRequest->transfer.get());
   }
@@ -84,7 +97,7 @@ std::size_t BulkOut::SendPart(std::span<std::uint8_t> part, milliseconds timeout
 
 bool BulkOut::Submit() {
   const std::lock_guard lock(mMutex);
-  if (mCancelled) {
+  if (mCancelled || mHeld) {
     return false;
   }
   mRequest->done = 0;

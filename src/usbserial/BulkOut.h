@@ -27,6 +27,9 @@ class BulkOut {
   /// Ends a Send under way in another thread, and every later one at once.
   void Cancel();
 
+  /// The same until it is called with false.
+  void SetHeld(bool held);
+
  private:
   struct Request {
     BulkOut* owner = nullptr;
@@ -42,12 +45,14 @@ class BulkOut {
   bool Submit();
   bool AwaitCompletion(std::chrono::steady_clock::time_point overdue);
   bool InFlight();
+  void CancelInFlight();
 
   libusb_context* mContext;
   libusb_device_handle* mHandle;
   std::uint8_t mEndpoint;
   std::mutex mMutex;
   bool mCancelled = false;
+  bool mHeld = false;
   std::unique_ptr<Request> mRequest;
 };
 

@@ -2,20 +2,18 @@
 
 #include <sys/time.h>
 
-#include <chrono>
 #include <thread>
 
 namespace corvane {
 namespace {
 
-constexpr timeval kSlice{0, 100'000};
 constexpr int kMaxFailures = 100;
 
 }  // namespace
 
-bool EventPump::Step(int* done) {
-  timeval slice = kSlice;
-  const int result = libusb_handle_events_timeout_completed(mContext, &slice, done);
+bool EventPump::Step(int* done, std::chrono::milliseconds slice) {
+  timeval limit{0, std::chrono::microseconds(slice).count()};
+  const int result = libusb_handle_events_timeout_completed(mContext, &limit, done);
   if (result == LIBUSB_SUCCESS || result == LIBUSB_ERROR_INTERRUPTED) {
     mFailures = 0;
     return true;

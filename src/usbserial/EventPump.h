@@ -5,15 +5,20 @@
 
 #include <libusb.h>
 
+#include <chrono>
+
 namespace corvane {
 
 class EventPump {
  public:
   explicit EventPump(libusb_context* context) : mContext(context) {}
 
-  /// Handles events, or waits while another thread does, until some event was handled, `*done` is not 0, or 100 ms are
-  /// over. False when event handling has failed so often in a row that nothing is to be expected from it.
-  bool Step(int* done);
+  static constexpr std::chrono::milliseconds kSlice{100};
+
+  /// Handles events, or waits while another thread does, until some event was handled, `*done` is not 0, or the slice
+  /// of time (below a second) is over. False when event handling has failed so often in a row that nothing is to be
+  /// expected from it.
+  bool Step(int* done, std::chrono::milliseconds slice = kSlice);
 
  private:
   libusb_context* mContext;

@@ -35,6 +35,18 @@ FT_STATUS OnDevice(FT_HANDLE handle, Body&& body) {
   });
 }
 
+/// Runs the body on the device of the handle, 1 if there is none, 6 if one of the pointers is null.
+template <class Body, class... Pointers>
+FT_STATUS OnDeviceWith(FT_HANDLE handle, Body&& body, const Pointers*... pointers) {
+  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+    const bool complete = (true && ... && (pointers != nullptr));
+    if (!complete) {
+      return FT_INVALID_PARAMETER;
+    }
+    return std::forward<Body>(body)(device);
+  });
+}
+
 /// Stores through an output pointer that may be null.
 template <class T>
 void Store(T* output, T value) {

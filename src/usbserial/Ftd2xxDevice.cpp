@@ -93,23 +93,13 @@ FT_STATUS FT_Purge(FT_HANDLE handle, DWORD mask) {
   return OnDevice(handle, [&](BridgeDevice& device) { return device.Purge(mask); });
 }
 
-FT_STATUS FT_GetQueueStatus(FT_HANDLE handle, LPDWORD available) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
-    if (available == nullptr) {
-      return FT_INVALID_PARAMETER;
-    }
-    *available = device.Available();
-    return FT_OK;
-  });
-}
-
 FT_STATUS FT_SetUSBParameters(FT_HANDLE handle, ULONG inTransferSize, ULONG) {
   return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
     if (inTransferSize < kRequestStep || inTransferSize > corvane::ReadPipeline::kMaxRequest ||
         inTransferSize % kRequestStep != 0) {
       return FT_INVALID_PARAMETER;
     }
-    device.SetRequestLength(inTransferSize);
+    device.Reads().SetRequestLength(inTransferSize);
     return FT_OK;
   });
 }

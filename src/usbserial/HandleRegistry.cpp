@@ -36,6 +36,17 @@ std::shared_ptr<BridgeDevice> HandleRegistry::Remove(FT_HANDLE handle) {
   return device;
 }
 
+std::vector<std::shared_ptr<BridgeDevice>> HandleRegistry::OnChip(const libusb_device* chip) const {
+  const std::lock_guard lock(mMutex);
+  std::vector<std::shared_ptr<BridgeDevice>> found;
+  for (const auto& [handle, device] : mDevices) {
+    if (device->Chip() == chip) {
+      found.push_back(device);
+    }
+  }
+  return found;
+}
+
 HandleRegistry::Held HandleRegistry::FindChannel(const BridgeEntry& entry) const {
   const std::lock_guard lock(mMutex);
   for (const auto& [handle, device] : mDevices) {

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "usbserial/BridgeDevice.h"
 
@@ -24,6 +25,9 @@ class HandleRegistry {
   /// Null when the handle names no open device.
   std::shared_ptr<BridgeDevice> Find(FT_HANDLE handle) const;
   std::shared_ptr<BridgeDevice> Remove(FT_HANDLE handle);
+
+  /// The open devices on channels of the chip, in the order of their opening.
+  std::vector<std::shared_ptr<BridgeDevice>> OnChip(const libusb_device* chip) const;
 
   /// The open device on the entry's channel, or nulls.
   Held FindChannel(const BridgeEntry& entry) const;

@@ -2,8 +2,10 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <chrono>
 #include <new>
+#include <utility>
 
 #include "usbserial/BulkInPayload.h"
 #include "usbserial/SignalShield.h"
@@ -24,8 +26,8 @@ constexpr std::size_t WholePackets(std::size_t length, std::size_t maxPacket) {
 }  // namespace
 
 ReadPipeline::ReadPipeline(libusb_context* context, libusb_device_handle* handle, std::uint8_t endpoint,
-                           std::size_t maxPacket)
-    : mContext(context), mHandle(handle), mEndpoint(endpoint), mMaxPacket(maxPacket) {
+                           std::size_t maxPacket, DeviceEvents& events)
+    : mContext(context), mHandle(handle), mEndpoint(endpoint), mMaxPacket(maxPacket), mEvents(events) {
   for (auto& slot : mSlots) {
     slot = std::make_unique<Slot>();
     slot->owner = this;
@@ -55,10 +57,12 @@ void ReadPipeline::Stop() {
   {
     const std::lock_guard lock(mMutex);
     mRunning = false;
+    mStopping = true;
     CancelInFlight();
     mSlotFree.notify_all();
     mRoom.notify_all();
   }
+  mEvents.End();
   libusb_interrupt_event_handler(mContext);
   for (std::thread* const thread : {&mReader, &mProcessor}) {
     if (thread->joinable()) {
@@ -75,6 +79,14 @@ void ReadPipeline::CancelInFlight() {
       libusb_cancel_transfer(slot->transfer.get());
     }
   }
+}
+
+// Expects the mutex to be held.
+ReadPipeline::Slot* ReadPipeline::FirstInFlight() const {
+  const auto found = std::find_if(mSlots.begin(), mSlots.end(), [](const auto& slot) {
+    return slot != nullptr && slot->state == SlotState::kInFlight;
+  });
+  return found == mSlots.end() ? nullptr : found->get();
 }
 
 // libusb may write into a request until it has handed it back, so one that stays away is never freed.
@@ -106,6 +118,9 @@ std::size_t ReadPipeline::Available() const {
 std::size_t ReadPipeline::Take(std::span<std::uint8_t> out) {
   const std::lock_guard lock(mMutex);
   const std::size_t count = mBuffer.Take(out);
+  if (mBuffer.Size() == 0) {
+    mEvents.Clear(FT_EVENT_RXCHAR);
+  }
   mRoom.notify_one();
   return count;
 }
@@ -113,6 +128,7 @@ std::size_t ReadPipeline::Take(std::span<std::uint8_t> out) {
 void ReadPipeline::Discard() {
   const std::lock_guard lock(mMutex);
   mBuffer.Clear();
+  mEvents.Clear(FT_EVENT_RXCHAR);
   if (!mRunning) {
     return;  // no request brings anything any more, and a slot may have been left to libusb
   }
@@ -122,6 +138,38 @@ void ReadPipeline::Discard() {
   // What the device sends from here on goes to later requests, so dropping all of these loses nothing new.
   CancelInFlight();
   mRoom.notify_one();
+}
+
+void ReadPipeline::SetHeld(bool held) {
+  const std::lock_guard lock(mMutex);
+  mHeld = held;
+  mSlotFree.notify_one();
+}
+
+// Handles the events itself: the processor may be waiting for room in the receive buffer.
+ReadPipeline::Pause::Pause(ReadPipeline& pipeline) : mPipeline(pipeline) {
+  EventPump pump(mPipeline.mContext);
+  const auto deadline = steady_clock::now() + kReapLimit;
+  std::unique_lock lock(mPipeline.mMutex);
+  ++mPipeline.mPauses;
+  mPipeline.CancelInFlight();
+  bool pumping = true;
+  for (Slot* slot = nullptr; pumping && (slot = mPipeline.FirstInFlight()) != nullptr;) {
+    lock.unlock();
+    pumping = pump.Step(&slot->done) && steady_clock::now() < deadline;
+    lock.lock();
+  }
+  mComplete = mPipeline.FirstInFlight() == nullptr;
+}
+
+ReadPipeline::Pause::~Pause() {
+  const std::lock_guard lock(mPipeline.mMutex);
+  --mPipeline.mPauses;
+  mPipeline.mSlotFree.notify_one();
+}
+
+void ReadPipeline::Wake() {
+  libusb_interrupt_event_handler(mContext);
 }
 
 void ReadPipeline::OnCompletion(libusb_transfer* transfer) {
@@ -145,7 +193,8 @@ void ReadPipeline::RunReader() {
 }
 
 bool ReadPipeline::AwaitFree(std::unique_lock<std::mutex>& lock, const Slot& slot) {
-  mSlotFree.wait(lock, [&] { return !mRunning || (slot.state == SlotState::kFree && !mHalted); });
+  mSlotFree.wait(lock,
+                 [&] { return !mRunning || (slot.state == SlotState::kFree && !mHalted && !mHeld && mPauses == 0); });
   return mRunning;
 }
 
@@ -171,7 +220,7 @@ bool ReadPipeline::Submit(std::unique_lock<std::mutex>& lock, Slot& slot) {
   }
   slot.state = SlotState::kFree;
   lock.unlock();
-  Park();
+  Fail();
   return false;
 }
 
@@ -180,20 +229,22 @@ void ReadPipeline::RunProcessor() {
   for (std::size_t current = 0;; current = (current + 1) % kSlots) {
     Slot& slot = *mSlots[current];
     if (!AwaitCompletion(pump, slot)) {
-      return;
+      break;
     }
     if (!Process(slot)) {
-      Park();
-      return;
+      Fail();
+      break;
     }
     Recycle(slot);
   }
+  TellOfFailure();
 }
 
 // False when there is nothing more to wait for. In order, a free slot after a stall means that every request has come
 // back: then nothing is under way that clearing the halt could harm.
 bool ReadPipeline::AwaitCompletion(EventPump& pump, Slot& slot) {
   for (;;) {
+    const bool told = mEvents.Signal();
     bool resume = false;
     {
       const std::lock_guard lock(mMutex);
@@ -205,8 +256,8 @@ bool ReadPipeline::AwaitCompletion(EventPump& pump, Slot& slot) {
       }
       resume = mHalted && slot.state == SlotState::kFree;
     }
-    if (resume ? !Resume() : !pump.Step(&slot.done)) {
-      Park();
+    if (resume ? !Resume() : !pump.Step(&slot.done, told ? EventPump::kSlice : kPause)) {
+      Fail();
       return false;
     }
   }
@@ -240,10 +291,15 @@ bool ReadPipeline::Process(Slot& slot) {
 
 // Clears the halt of a stalled endpoint and lets the reader go on; false when the device is gone.
 bool ReadPipeline::Resume() {
-  if (libusb_clear_halt(mHandle, mEndpoint) == LIBUSB_ERROR_NO_DEVICE) {
-    return false;
-  }
-  std::this_thread::sleep_for(kPause);  // an endpoint that stalls for ever must not take a core
+  DWORD retries = mClearRetries;
+  int result = LIBUSB_SUCCESS;
+  do {
+    result = libusb_clear_halt(mHandle, mEndpoint);
+    if (result == LIBUSB_ERROR_NO_DEVICE) {
+      return false;
+    }
+    std::this_thread::sleep_for(kPause);  // an endpoint that stalls for ever must not take a core
+  } while (result != LIBUSB_SUCCESS && mRunning && retries-- > 0);
   const std::lock_guard lock(mMutex);
   mHalted = false;
   mSlotFree.notify_one();
@@ -253,34 +309,59 @@ bool ReadPipeline::Resume() {
 // Moves the data into the receive buffer. While that is full the slot stays taken, so the device is not asked for more
 // than there is room for.
 void ReadPipeline::Deliver(Slot& slot) {
-  BulkInPayload payload({slot.data.get(), static_cast<std::size_t>(slot.transfer->actual_length)}, mMaxPacket);
+  const std::span<const std::uint8_t> transfer(slot.data.get(), static_cast<std::size_t>(slot.transfer->actual_length));
+  mEvents.NoteStatus(transfer, mMaxPacket);
+  BulkInPayload payload(transfer, mMaxPacket);
   std::unique_lock lock(mMutex);
+  bool untold = false;
   while (mRunning && !slot.discard && !payload.Front().empty()) {
     const std::size_t count = mBuffer.Append(payload.Front());
     payload.Consume(count);
+    untold = untold || count != 0;
     if (count == 0) {
-      mRoom.wait(lock, [&] { return !mRunning || slot.discard || mBuffer.Size() < mBuffer.Capacity(); });
+      mEvents.Raise(std::exchange(untold, false) ? FT_EVENT_RXCHAR : 0U);
+      AwaitRoom(lock, slot);
     }
+  }
+  mEvents.Raise(untold ? FT_EVENT_RXCHAR : 0U);
+}
+
+// A host that waits for its event may be the one that makes room.
+void ReadPipeline::AwaitRoom(std::unique_lock<std::mutex>& lock, const Slot& slot) {
+  const auto go = [&] { return !mRunning || slot.discard || mBuffer.Size() < mBuffer.Capacity(); };
+  while (!go()) {
+    mRoom.wait_for(lock, mEvents.Signal() ? EventPump::kSlice : kPause, go);
   }
 }
 
 void ReadPipeline::Recycle(Slot& slot) {
-  const std::lock_guard lock(mMutex);
-  slot.discard = false;
-  slot.done = 0;  // a free slot that looks done would let the processor wait without a pause
-  slot.state = SlotState::kFree;
-  mSlotFree.notify_one();
+  {
+    const std::lock_guard lock(mMutex);
+    slot.discard = false;
+    slot.done = 0;  // a free slot that looks done would let the processor wait without a pause
+    slot.state = SlotState::kFree;
+  }
+  mSlotFree.notify_one();  // without the lock, which the reader would wake up only to wait for
 }
 
-// Ends both loops after a device failure; readers see it by Running().
-void ReadPipeline::Park() {
+// Both loops end by it.
+void ReadPipeline::Fail() {
   {
     const std::lock_guard lock(mMutex);
     mRunning = false;
     mSlotFree.notify_all();
     mRoom.notify_all();
   }
+  mEvents.End();
   libusb_interrupt_event_handler(mContext);
+}
+
+// The host may hold its mutex for as long as it likes, or ask for the signal only now.
+void ReadPipeline::TellOfFailure() {
+  std::unique_lock lock(mMutex);
+  while (!mStopping) {
+    mRoom.wait_for(lock, mEvents.Signal() ? EventPump::kSlice : kPause);
+  }
 }
 
 }  // namespace corvane

@@ -15,6 +15,7 @@
 #include <span>
 #include <thread>
 
+#include "usbserial/DeviceEvents.h"
 #include "usbserial/EventPump.h"
 #include "usbserial/ReceiveBuffer.h"
 #include "usbserial/UsbOwners.h"
@@ -25,10 +26,12 @@ class ReadPipeline {
  public:
   static constexpr std::size_t kSlots = 4;
   static constexpr std::size_t kDefaultRequest = 4096;
+  static constexpr DWORD kDefaultClearRetries = 50;
   static constexpr std::size_t kMaxRequest = std::size_t{64} * 1024;
 
-  /// Borrows context and handle, which outlive the pipeline. Throws std::bad_alloc.
-  ReadPipeline(libusb_context* context, libusb_device_handle* handle, std::uint8_t endpoint, std::size_t maxPacket);
+  /// Borrows context, handle and events, which outlive the pipeline. Throws std::bad_alloc.
+  ReadPipeline(libusb_context* context, libusb_device_handle* handle, std::uint8_t endpoint, std::size_t maxPacket,
+               DeviceEvents& events);
   ~ReadPipeline() { Stop(); }
   ReadPipeline(const ReadPipeline&) = delete;
   ReadPipeline& operator=(const ReadPipeline&) = delete;
@@ -52,6 +55,34 @@ class ReadPipeline {
   /// Drops received bytes, those of completed requests, and the requests under way. Bytes that arrive after the call
   /// are kept.
   void Discard();
+
+  /// Submits no further requests while true; those under way still bring what they bring.
+  void SetHeld(bool held);
+
+  /// No request is under way while one of these lives, for what the device does not bear otherwise. What the requests
+  /// brought is kept. Waits at most a second for them; Complete tells whether they have all come back.
+  class Pause {
+   public:
+    explicit Pause(ReadPipeline& pipeline);
+    ~Pause();
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+
+    bool Complete() const { return mComplete; }
+
+   private:
+    ReadPipeline& mPipeline;
+    bool mComplete = false;
+  };
+
+  /// Ends the reading as a failure of the device does: readers see it by Running(), the host's event is signalled.
+  void Fail();
+
+  /// Makes the processor look at the events that are due.
+  void Wake();
+
+  /// How often the halt of a stalled endpoint is cleared before the next request is tried.
+  void SetClearRetries(DWORD retries) { mClearRetries = retries; }
 
   /// Length of requests submitted from now on, rounded up to whole packets; at most kMaxRequest.
   void SetRequestLength(std::size_t length) { mRequestLength = length; }
@@ -78,16 +109,20 @@ class ReadPipeline {
   bool Process(Slot& slot);
   bool Resume();
   void Deliver(Slot& slot);
+  void AwaitRoom(std::unique_lock<std::mutex>& lock, const Slot& slot);
   void Recycle(Slot& slot);
   void CancelInFlight();
-  void Park();
+  Slot* FirstInFlight() const;
+  void TellOfFailure();
   void Reap();
 
   libusb_context* mContext;
   libusb_device_handle* mHandle;
   std::uint8_t mEndpoint;
   std::size_t mMaxPacket;
+  DeviceEvents& mEvents;
   std::atomic<std::size_t> mRequestLength{kDefaultRequest};
+  std::atomic<DWORD> mClearRetries{kDefaultClearRetries};
 
   // The buffer mutex guards the receive buffer and the state of the slots. It is never held while events are handled.
   mutable std::mutex mMutex;
@@ -95,8 +130,11 @@ class ReadPipeline {
   std::condition_variable mRoom;
   ReceiveBuffer mBuffer;
   std::array<std::unique_ptr<Slot>, kSlots> mSlots;
+  bool mHeld = false;
+  int mPauses = 0;
   bool mHalted = false;               ///< the endpoint stalled: nothing is submitted until its halt is cleared
   std::atomic<bool> mRunning{false};  ///< changed under the mutex
+  bool mStopping = false;
 
   std::thread mReader;
   std::thread mProcessor;

@@ -1,0 +1,56 @@
+#include "usbserial/ControlPath.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::uint8_t kVendorOut = 0x40;
+constexpr std::uint8_t kVendorIn = 0xC0;
+
+}  // namespace
+
+ControlPath::ControlPath(libusb_device_handle* handle, const BridgeIdentity& identity, std::uint16_t port)
+    : mHandle(handle),
+      mPort(port),
+      mFastClock(HasFastBaudClock(identity)),
+      mLaterChip(corvane::IsLaterChip(identity.type)) {
+}
+
+FT_STATUS ControlPath::Vendor(std::uint8_t request, std::uint16_t value, std::uint16_t index,
+                              std::span<std::uint8_t> buffer, std::uint8_t type) const {
+  if (mEnded) {
+    return FT_IO_ERROR;
+  }
+  const int result = Transfer(request, value, index, buffer, type, mTimeout);
+  // Deliberate: a request that sends data fails by its length, though the chip got it.
+  const int wanted = type == kVendorIn ? static_cast<int>(buffer.size()) : 0;
+  return static_cast<FT_STATUS>(result == wanted ? FT_OK : FT_IO_ERROR);
+}
+
+FT_STATUS ControlPath::Send(BridgeRequest name, unsigned value, unsigned index, std::span<std::uint8_t> answer) const {
+  const VendorRow& row = RowOf(name);
+  if (row.laterChipsOnly && !mLaterChip) {
+    return FT_NOT_SUPPORTED;
+  }
+  const FT_STATUS status = Vendor(row.request, static_cast<std::uint16_t>(row.value | value), IndexOf(row, index),
+                                  answer.first(row.answerBytes), row.answerBytes != 0 ? kVendorIn : kVendorOut);
+  return status == FT_OK || mEnded ? status : row.failure;
+}
+
+int ControlPath::TrySend(BridgeRequest name, unsigned value, unsigned index, DWORD timeout) const {
+  const VendorRow& row = RowOf(name);
+  return Transfer(row.request, static_cast<std::uint16_t>(row.value | value), IndexOf(row, index), {}, kVendorOut,
+                  timeout);
+}
+
+std::uint16_t ControlPath::IndexOf(const VendorRow& row, unsigned index) const {
+  return static_cast<std::uint16_t>(index | (row.portInIndex ? mPort : 0U));
+}
+
+// The length of the data stage that was transferred, or libusb's error.
+int ControlPath::Transfer(std::uint8_t request, std::uint16_t value, std::uint16_t index,
+                          std::span<std::uint8_t> buffer, std::uint8_t type, DWORD timeout) const {
+  return libusb_control_transfer(mHandle, type, request, value, index, buffer.data(),
+                                 static_cast<std::uint16_t>(buffer.size()), timeout);
+}
+
+}  // namespace corvane
