@@ -9,6 +9,7 @@ constexpr std::size_t kReceiveBuffer = 4096;
 // Clear to send, data set ready and carrier present; transmitter empty.
 constexpr std::uint8_t kModemStatus = 0xB1;
 constexpr std::uint8_t kLineStatus = 0x60;
+constexpr std::uint16_t kEnabled = 0x0100;
 
 }  // namespace
 
@@ -36,7 +37,7 @@ BridgeChannel::Progress BridgeChannel::Read(std::span<std::uint8_t> space, bool 
     const std::size_t waiting = mReceived.size() - mSent;
     const bool raw = !mRawPackets.empty();
     // A reply that ended with a full packet is followed by a packet without data, so that the transfer ends too.
-    const bool atOnce = mRepliesAtOnce && (waiting > 0 || started || progress.filled > 0);
+    const bool atOnce = (mRepliesAtOnce && (waiting > 0 || started || progress.filled > 0)) || EventCharacterWaits();
     if (!raw && waiting < fullPayload && !atOnce && now < PeriodEnd()) {
       progress.next = PeriodEnd();
       return progress;
@@ -65,7 +66,7 @@ void BridgeChannel::PowerOn() {
   mReceived.clear();
   mSent = 0;
   mRawPackets.clear();
-  mLatency = kDefaultLatency;
+  mSettings = {};
 }
 
 void BridgeChannel::SetStatus(std::uint8_t modem, std::uint8_t line) {
@@ -91,7 +92,13 @@ void BridgeChannel::Receive(std::size_t wanted) {
 }
 
 BridgeChannel::Clock::time_point BridgeChannel::PeriodEnd() const {
-  return mLastPacket + std::chrono::milliseconds(std::max<unsigned>(mLatency, 1));
+  return mLastPacket + std::chrono::milliseconds(std::max<unsigned>(mSettings.latency, 1));
+}
+
+bool BridgeChannel::EventCharacterWaits() const {
+  return (mSettings.eventCharacter & kEnabled) != 0 &&
+         std::find(mReceived.begin() + static_cast<std::ptrdiff_t>(mSent), mReceived.end(),
+                   static_cast<std::uint8_t>(mSettings.eventCharacter & 0xFF)) != mReceived.end();
 }
 
 std::size_t BridgeChannel::PutPacket(std::span<std::uint8_t> space, std::size_t payload) {

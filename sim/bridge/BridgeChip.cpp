@@ -1,6 +1,7 @@
 #include "bridge/BridgeChip.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <stdexcept>
 #include <utility>
@@ -45,6 +46,18 @@ constexpr std::uint16_t kResetAll = 0;
 constexpr std::uint16_t kPurgeReceive = 1;
 constexpr std::uint16_t kPurgeTransmit = 2;
 constexpr std::uint16_t kErasedWord = 0xFFFF;
+constexpr std::uint16_t kDtrMask = 0x0100;
+constexpr std::uint16_t kDtrLevel = 0x0001;
+constexpr std::uint16_t kRtsMask = 0x0200;
+constexpr std::uint16_t kRtsLevel = 0x0002;
+
+// Kinds of chip by the high byte of the release, and the clocks that they divide.
+constexpr int kOldestRelease = 0x02;
+constexpr int kFirstFastRelease = 0x07;
+constexpr int kLastFastRelease = 0x09;
+constexpr double kClock = 3e6;
+constexpr double kFastClock = 12e6;
+constexpr double kSecondFastRate = 8e6;
 
 constexpr std::uint8_t Low(std::size_t value) {
   return static_cast<std::uint8_t>(value & 0xFF);
@@ -114,9 +127,27 @@ void BridgeChip::SetModemStatus(int interface, std::uint8_t modem, std::uint8_t 
   mChannels.at(static_cast<std::size_t>(interface)).SetStatus(modem, line);
 }
 
-unsigned BridgeChip::Latency(int interface) const {
+void BridgeChip::SetPins(int interface, std::uint8_t pins) {
   const std::lock_guard lock(mMutex);
-  return mChannels.at(static_cast<std::size_t>(interface)).Latency();
+  mChannels.at(static_cast<std::size_t>(interface)).SetPins(pins);
+}
+
+BridgeChannel::Settings BridgeChip::Settings(int interface) const {
+  const std::lock_guard lock(mMutex);
+  return mChannels.at(static_cast<std::size_t>(interface)).Set();
+}
+
+// The upper two bits of the divisor and the lowest of the index number the eighths out of order.
+double BridgeChip::BaudRate(int interface) const {
+  const auto set = Settings(interface);
+  const std::size_t code = (set.divisorIndex & 1U) << 2 | set.divisor >> 14;
+  const bool fast = (set.divisorIndex & 2U) != 0;
+  const double divisor = (set.divisor & 0x3FFF) + std::array{0.0, 0.5, 0.25, 0.125, 0.375, 0.625, 0.75, 0.875}.at(code);
+  const double clock = fast ? kFastClock : kClock;
+  if (divisor < 1) {
+    return clock;
+  }
+  return fast && divisor == 1 ? kSecondFastRate : clock / divisor;
 }
 
 void BridgeChip::Stall(std::uint8_t endpoint) {
@@ -225,14 +256,15 @@ int BridgeChip::VendorRequest(Request& request, std::span<std::uint8_t> data) {
   }
   const bool asksForData =
       request.request == kModemStatus || request.request == kGetLatency || request.request == kGetBitMode;
-  if (toHost != asksForData) {
+  const bool forLaterChips = request.request >= kSetLatency && request.request <= kGetBitMode;
+  // The upper byte of the index carries a mode or divisor bits where there are any; for a baud rate on a plain chip the
+  // lower one does.
+  const bool plainBaud = request.request == kBaudRate && mChannels.size() == 1 && !HasFastClock();
+  BridgeChannel* const channel = AtPort(plainBaud ? 0 : Low(request.index));
+  if (toHost != asksForData || (forLaterChips && IsOldest()) || channel == nullptr) {
     return -EPIPE;
   }
-  // The upper byte of the index carries a mode or divisor bits where there are any.
-  BridgeChannel* const channel = Channel(Low(request.index));
-  if (channel == nullptr && request.request != kBaudRate) {
-    return -EPIPE;
-  }
+  auto& set = channel->Set();
   switch (request.request) {
     case kReset:
       if (request.value == kResetAll || request.value == kPurgeReceive) {
@@ -240,22 +272,38 @@ int BridgeChip::VendorRequest(Request& request, std::span<std::uint8_t> data) {
       }
       return request.value <= kPurgeTransmit ? taken : -EPIPE;
     case kModemControl:
+      set.dtr = (request.value & kDtrMask) != 0 ? (request.value & kDtrLevel) != 0 : set.dtr;
+      set.rts = (request.value & kRtsMask) != 0 ? (request.value & kRtsLevel) != 0 : set.rts;
+      return taken;
     case kFlowControl:
+      set.flowMode = static_cast<std::uint16_t>(High(request.index) << 8);
+      set.flowCharacters = request.value;
+      return taken;
     case kBaudRate:
+      set.divisor = request.value;
+      set.divisorIndex = plainBaud ? Low(request.index) : High(request.index);
+      return taken;
     case kDataCharacteristics:
+      set.line = request.value;
+      return taken;
     case kEventCharacter:
+      set.eventCharacter = request.value;
+      return taken;
     case kErrorCharacter:
+      set.errorCharacter = request.value;
+      return taken;
     case kSetBitMode:
+      set.bitMode = request.value;
       return taken;
     case kModemStatus:
       return Answer(data, channel->Status());
     case kSetLatency:
-      channel->SetLatency(Low(request.value));
+      set.latency = Low(request.value);
       return taken;
     case kGetLatency:
-      return Answer(data, std::vector<std::uint8_t>{channel->Latency()});
+      return Answer(data, {&set.latency, 1});
     case kGetBitMode:
-      return Answer(data, std::vector<std::uint8_t>{0});
+      return Answer(data, std::vector<std::uint8_t>{channel->Pins()});
     default:
       return -EPIPE;
   }
@@ -371,7 +419,17 @@ std::vector<std::uint8_t> BridgeChip::ConfigurationDescriptor() const {
   return all;
 }
 
-BridgeChannel* BridgeChip::Channel(std::size_t index) {
+bool BridgeChip::IsOldest() const {
+  return High(mOptions.release) == kOldestRelease && !mOptions.serialNumber.empty();
+}
+
+bool BridgeChip::HasFastClock() const {
+  return mOptions.highSpeed ||
+         (High(mOptions.release) >= kFirstFastRelease && High(mOptions.release) <= kLastFastRelease);
+}
+
+BridgeChannel* BridgeChip::AtPort(std::size_t port) {
+  const std::size_t index = mChannels.size() == 1 || port == 0 ? port : port - 1;
   return index < mChannels.size() ? &mChannels[index] : nullptr;
 }
 

@@ -21,7 +21,9 @@ class BridgeChip {
   struct Options {
     std::uint16_t vendorId = 0x0403;
     std::uint16_t productId = 0x6001;
-    /// bcdDevice; the high byte tells the kind of chip.
+    /// bcdDevice; the high byte tells the kind of chip. One of the oldest (0x02 with a serial number) stalls requests
+    /// of the latency timer and of bit modes; 0x07 to 0x09, and any of high speed, divide 12 MHz when the baud request
+    /// says so.
     std::uint16_t release = 0x0600;
     /// Strings of at most 126 characters (Latin-1); an empty one has string index 0 in the device descriptor.
     std::string manufacturer = "Corvane";
@@ -70,8 +72,12 @@ class BridgeChip {
   void SetRepliesAtOnce(bool atOnce);
   /// The two status bytes at the start of every packet, which modem status requests answer too.
   void SetModemStatus(int interface, std::uint8_t modem, std::uint8_t line);
-  /// Latency period in milliseconds, as the last request left it.
-  unsigned Latency(int interface) const;
+  /// Levels of the pins, which the bit mode request answers.
+  void SetPins(int interface, std::uint8_t pins);
+  /// What the requests left the interface at.
+  BridgeChannel::Settings Settings(int interface) const;
+  /// The baud rate that this is.
+  double BaudRate(int interface) const;
   /// Transfers on the endpoint end with a stall until the host clears the halt.
   void Stall(std::uint8_t endpoint);
   /// While held, transfers on the endpoint stay pending (the chip refuses them): a full transmit buffer, a dead chip.
@@ -112,7 +118,10 @@ class BridgeChip {
   int StandardRequest(const Request& request, std::span<std::uint8_t> data);
   int VendorRequest(Request& request, std::span<std::uint8_t> data);
   int EepromRequest(const Request& request, std::span<std::uint8_t> data);
-  BridgeChannel* Channel(std::size_t index);
+  bool IsOldest() const;
+  bool HasFastClock() const;
+  /// The channel of a port: 0 for a chip of one interface; else counted from 1, and 0 is the first too. Null for none.
+  BridgeChannel* AtPort(std::size_t port);
   void Wake();
 
   const Options mOptions;

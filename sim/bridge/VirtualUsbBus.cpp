@@ -255,6 +255,7 @@ void VirtualUsbBus::Advance(UsbDeviceNode& node) {
 void VirtualUsbBus::RunEngine() {
   // A delay of a microframe must not become two.
   prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
+  pthread_setname_np(pthread_self(), kEngineName);
   std::unique_lock lock(BusMutex());
   while (!mStopping) {
     while (!mPulled.empty()) {

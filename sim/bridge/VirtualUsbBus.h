@@ -80,7 +80,8 @@ class VirtualUsbBus {
   /// hardware may answer with lost or repeated packets.
   std::uint64_t HurriedClears(const BridgeChip& chip) const;
 
-  /// Processor time of the bus's own thread so far, for measurements that must not count the simulation.
+  static constexpr const char* kEngineName = "usb-engine";
+  /// Processor time of the bus's own thread, of this name, so far, for measurements that must not count the simulation.
   std::chrono::nanoseconds EngineTime();
 
   // What the interposed system calls arrive at; the lock is held.
