@@ -1,5 +1,6 @@
 // What the bridge library costs against bare libusb calls on the same virtual chip: the round trip of a short request,
-// bulk throughput, and processor time while a read waits. Both sides of a ratio run in turns in one process.
+// bulk throughput, processor time while a read waits, and what an open device costs while nobody calls. Both sides of a
+// ratio run in turns in one process.
 #include <libusb.h>
 
 #include <algorithm>
@@ -7,8 +8,11 @@
 #include <chrono>
 #include <cstdint>
 #include <ctime>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <span>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -32,6 +36,7 @@ using namespace std::chrono_literals;
 constexpr double kRoundTripLimit = 1.25;
 constexpr double kThroughputLimit = 0.9;
 constexpr double kWaitingLimit = 2.0;
+constexpr double kIdleMilliseconds = 10;
 
 constexpr auto kMicroframe = 125us;
 constexpr std::size_t kMessage = 16;
@@ -69,6 +74,9 @@ class FtSide {
     const auto count = static_cast<DWORD>(bytes.size());
     Require(FT_Read(mHandle, bytes.data(), count, &moved) == FT_OK && moved == count, "FT_Read fails");
   }
+
+  /// Leaves the device alone.
+  static void Idle() { std::this_thread::sleep_for(std::chrono::milliseconds(kWaitMilliseconds)); }
 
   /// Waits for a byte that does not come.
   void Wait() {
@@ -113,6 +121,8 @@ class BareSide {
     Drain();
     Require(mReceived >= wanted, "the stream ends early");
   }
+
+  void Idle() { Wait(); }
 
   /// Keeps transfers in flight for the time that the other side waits.
   void Wait() {
@@ -215,6 +225,19 @@ class Bench {
     const double all = static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
     return all - std::chrono::duration<double>(mBus.EngineTime()).count();
   }
+  /// Voluntary switches, each of which a wake-up follows, of all threads but the simulated bus's own.
+  static double WakeUps() {
+    double sum = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+      std::ifstream status(task.path() / "status");
+      std::string name;
+      for (std::string key, value; status >> key && std::getline(status >> std::ws, value);) {
+        name = key == "Name:" ? value : name;
+        sum += key == "voluntary_ctxt_switches:" && name != VirtualUsbBus::kEngineName ? std::stod(value) : 0;
+      }
+    }
+    return sum;
+  }
   double WithBare(const std::function<double(BareSide&)>& measure) {
     BareSide side(mContext, mBus, mChip);
     return measure(side);
@@ -312,6 +335,29 @@ void Waiting(benchmark::State& state) {
   Limit(state, figures.library <= kWaitingLimit, "library at most 2 % of a core");
 }
 BENCHMARK(Waiting)->Iterations(kWaitingRounds)->Unit(benchmark::kMillisecond);
+
+/// Wake-ups a second of a device that is open and that nobody calls; an idle packet comes every 16 ms.
+void IdleDevice(benchmark::State& state) {
+  ScriptedPeer silent;
+  Bench bench(silent);
+  std::array<std::vector<double>, 2> processor;
+  const auto wakeUps = [&](auto& side, std::vector<double>& milliseconds) {
+    const double used = bench.ProcessorSeconds();
+    const double before = Bench::WakeUps();
+    const auto begin = Clock::now();
+    side.Idle();
+    const double seconds = Seconds(Clock::now() - begin);
+    milliseconds.push_back((bench.ProcessorSeconds() - used) * 1000 / seconds);
+    return (Bench::WakeUps() - before) / seconds;
+  };
+  InTurns(
+      state, [&] { return bench.WithFt([&](FtSide& side) { return wakeUps(side, processor[0]); }); },
+      [&] { return bench.WithBare([&](BareSide& side) { return wakeUps(side, processor[1]); }); });
+  state.counters["library_ms"] = Median(processor[0]);
+  state.counters["bare_ms"] = Median(processor[1]);
+  Limit(state, Median(processor[0]) <= kIdleMilliseconds, "library at most 10 ms of processor time a second");
+}
+BENCHMARK(IdleDevice)->Iterations(kWaitingRounds)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

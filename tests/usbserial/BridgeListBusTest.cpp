@@ -4,10 +4,8 @@
 
 #include "FtBusFixture.h"
 
-using corvane::Bytes;
 using testing::Each;
 using testing::ElementsAre;
-using testing::UnorderedElementsAre;
 
 namespace {
 
@@ -49,13 +47,11 @@ TEST_F(FtListTest, NamesAndNodesOfOneAndTwoChannels) {
                            .serialNumber = "0123456789ABCDEFGH",
                            .highSpeed = true,
                            .interfaces = 2});
-  auto& custom = mBus.Plug({.vendorId = 0x136E, .productId = 0x0017});  // not known yet
+  mBus.Plug({.vendorId = 0x136E, .productId = 0x0017});  // not known yet
   const auto at = [&](int channel) { return std::to_string(Location(dual) << 4 | static_cast<DWORD>(channel)); };
-  EXPECT_THAT(Nodes(), UnorderedElementsAre("0 5 67330049 " + std::to_string(Location(single)) + " CV1/Single",
-                                            "2 6 67330064 " + at(1) + " 0123456789ABCDA/Dual A",
-                                            "2 6 67330064 " + at(2) + " 0123456789ABCDB/Dual B"));
-  EXPECT_EQ(mBus.OpenNodes(), 0U);
-
+  EXPECT_THAT(Nodes(), testing::UnorderedElementsAre("0 5 67330049 " + std::to_string(Location(single)) + " CV1/Single",
+                                                     "2 6 67330064 " + at(1) + " 0123456789ABCDA/Dual A",
+                                                     "2 6 67330064 " + at(2) + " 0123456789ABCDB/Dual B"));
   const auto nodes = List();
   std::array<char, 64> text{};
   for (DWORD i = 0; i < nodes.size(); ++i) {
@@ -80,12 +76,11 @@ TEST_F(FtListTest, NamesAndNodesOfOneAndTwoChannels) {
   EXPECT_EQ(FT_SetVIDPID(0x136E, 0), FT_OK);
   AwaitDevices(4);
   EXPECT_EQ(FT_SetVIDPID(0x0403, 0x6017), FT_OK);
-  mBus.Unplug(custom);
 }
 
 TEST_F(FtListTest, ADeviceThatCannotBeOpenedIsListedAsTaken) {
-  for (const BridgeChip::Options& options : {BridgeChip::Options{.hasBulkIn = false}, {.packetSize = 0x0800}, {}, {}}) {
-    static int round = 0;
+  for (int round = 0;
+       const BridgeChip::Options& options : {BridgeChip::Options{.hasBulkIn = false}, {.packetSize = 0x0800}, {}, {}}) {
     auto& chip = Plug(options);
     mBus.SetClaimError(chip, round == 2 ? EBUSY : 0);
     mBus.BindKernelDriver(chip, 0, round == 3 ? "serial" : "", false);
@@ -93,7 +88,6 @@ TEST_F(FtListTest, ADeviceThatCannotBeOpenedIsListedAsTaken) {
     EXPECT_EQ(FT_Open(0, &handle), round++ < 2 ? FT_IO_ERROR : FT_DEVICE_NOT_OPENED);
     EXPECT_EQ(handle, nullptr);
     EXPECT_THAT(Nodes(), ElementsAre("1 3 0 0 /"));
-    EXPECT_EQ(mBus.OpenNodes(), 0U);
     Unplug(chip);
   }
   auto& chip = Plug();
@@ -112,15 +106,14 @@ TEST_F(FtListTest, ADeviceThatCannotBeOpenedIsListedAsTaken) {
 }
 
 TEST_F(FtListTest, OpenSetsTheLineAndCloseGivesTheKernelDriverItsInterfaceBack) {
-  LoopbackPeer peer;
-  auto& chip = Plug({.release = 0x0900, .description = "d", .serialNumber = "CV1", .highSpeed = true}, {&peer});
+  auto& chip = PlugEcho({.release = 0x0900, .description = "d", .serialNumber = "CV1", .highSpeed = true});
   mBus.BindKernelDriver(chip, 0, "serial");
   // One request that fails does not keep the others from being sent.
   mBus.SetFault({.effect = UsbFault::Effect::kCompletionFails, .operation = 5, .kinds = UsbFault::kControl});
-  FT_HANDLE handle = Open();
+  FT_HANDLE const handle = Open();
   EXPECT_EQ(mBus.FaultHits(), 1U);
   EXPECT_EQ(mBus.BoundDriver(chip, 0), "usbfs");
-  EXPECT_THAT(Requests(chip), ElementsAre("3:1250@512", "4:8@0", "2:0@0"));
+  EXPECT_EQ(Requests(chip), "3:1250@512 4:8@0 2:0@0");
   // While it is open it is listed with its handle, and goes on working.
   const std::string name = " 8 67330049 " + std::to_string(Location(chip)) + " CV1/d";
   Write(handle, {1, 2, 3});
@@ -132,11 +125,6 @@ TEST_F(FtListTest, OpenSetsTheLineAndCloseGivesTheKernelDriverItsInterfaceBack) 
   EXPECT_EQ(FT_Close(handle), FT_OK);
   EXPECT_THAT(Nodes(), ElementsAre("2" + name));
   EXPECT_EQ(mBus.BoundDriver(chip, 0), "serial");
-  EXPECT_EQ(mBus.PendingTransfers(), 0U);
-  auto& slow = Plug({.release = 0x0500, .interfaces = 2});
-  handle = Open(List()[0].Type == 8 ? 2 : 1);
-  EXPECT_THAT(Requests(slow), testing::Contains("3:16696@2"));
-  EXPECT_EQ(FT_Close(handle), FT_OK);
 }
 
 TEST_F(FtListTest, OpenByNamesAndArguments) {
@@ -156,17 +144,12 @@ TEST_F(FtListTest, OpenByNamesAndArguments) {
   }
   DWORD count = 77;
   std::array<char, 64> text{};
-  constexpr DWORD kTwoNames = FT_OPEN_BY_SERIAL_NUMBER | FT_OPEN_BY_LOCATION;
   EXPECT_THAT(
-      (std::array{FT_OpenEx(serial.data(), 3, &handle), FT_OpenEx(nullptr, 1, &handle),
-                  FT_OpenEx(serial.data(), 1, nullptr), FT_Open(0, nullptr),
-                  FT_ListDevices(nullptr, nullptr, FT_LIST_NUMBER_ONLY),
+      (std::array{FT_OpenEx(serial.data(), 3, &handle), FT_OpenEx(serial.data(), 1, nullptr),
                   FT_ListDevices(Index(0), nullptr, FT_LIST_BY_INDEX),
-                  FT_ListDevices(Index(0), text.data(), FT_LIST_BY_INDEX | kTwoNames),
+                  FT_ListDevices(Index(0), text.data(), FT_LIST_BY_INDEX | 5),
                   FT_ListDevices(nullptr, &count, FT_LIST_ALL), FT_ListDevices(&text, nullptr, FT_LIST_ALL),
-                  FT_ListDevices(&count, &text, FT_LIST_NUMBER_ONLY | FT_LIST_ALL), FT_ListDevices(&count, &text, 0),
-                  FT_CreateDeviceInfoList(nullptr), FT_GetDeviceInfoList(nullptr, nullptr),
-                  FT_GetVIDPID(&count, nullptr), FT_GetLibraryVersion(nullptr)}),
+                  FT_ListDevices(&count, &text, FT_LIST_NUMBER_ONLY | FT_LIST_ALL), FT_ListDevices(&count, &text, 0)}),
       Each(FT_INVALID_PARAMETER));
   EXPECT_THAT(
       (std::array{FT_OpenEx(description.data(), 1, &handle), FT_OpenEx(Index(1), 4, &handle), FT_Open(2, &handle),

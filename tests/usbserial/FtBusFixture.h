@@ -1,5 +1,5 @@
-// What the tests of the FT_* functions on the virtual USB bus share: a bus, and short forms that fail the test when a
-// call does.
+// What the tests of the FT_* functions on the virtual USB bus share: a bus, short forms that fail the test when a call
+// does, and devices that are closed at its end, when nothing of them may be left.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <list>
 #include <string>
 #include <thread>
 #include <vector>
@@ -17,25 +18,47 @@
 
 namespace corvane {
 
-using Clock = std::chrono::steady_clock;
-using Bytes = std::vector<std::uint8_t>;
-
-template <class Condition>
-bool Eventually(Condition condition) {
-  const auto end = Clock::now() + std::chrono::seconds(5);
-  while (!condition() && Clock::now() < end) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return condition();
-}
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#elif defined(__has_feature)
+constexpr bool kSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool kSanitized = false;
+#endif
 
 class FtBusTest : public testing::Test {
  protected:
+  using Clock = std::chrono::steady_clock;
+  using Bytes = std::vector<std::uint8_t>;
+
+  void TearDown() override {
+    for (FT_HANDLE const handle : mHandles) {
+      FT_Close(handle);
+    }
+    EXPECT_EQ(mBus.OpenNodes(), 0U);
+    EXPECT_EQ(mBus.PendingTransfers(), 0U);
+  }
+
+  template <class Condition>
+  static bool Eventually(Condition condition) {
+    const auto end = Clock::now() + std::chrono::seconds(5);
+    while (!condition() && Clock::now() < end) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return condition();
+  }
+
   BridgeChip& Plug(const BridgeChip::Options& options = {}, const std::vector<ISerialPeer*>& peers = {}) {
     BridgeChip& chip = mBus.Plug(options, peers);
     mChannels += static_cast<DWORD>(options.interfaces);
     AwaitDevices(mChannels);
     return chip;
+  }
+
+  // A chip that echoes at once.
+  BridgeChip& PlugEcho(BridgeChip::Options options = {}) {
+    options.repliesAtOnce = true;
+    return Plug(options, {&mPeers.emplace_back(), &mPeers.emplace_back()});
   }
 
   void Unplug(BridgeChip& chip) {
@@ -46,16 +69,15 @@ class FtBusTest : public testing::Test {
 
   static void AwaitDevices(DWORD wanted) {
     DWORD count = 0;
-    EXPECT_TRUE(Eventually([&] {
-      return FT_ListDevices(&count, nullptr, FT_LIST_NUMBER_ONLY) == 0 && count == wanted;
-    })) << count
-        << " devices";
+    const auto all = [&] { return FT_ListDevices(&count, nullptr, FT_LIST_NUMBER_ONLY) == 0 && count == wanted; };
+    EXPECT_TRUE(Eventually(all)) << count << " devices";
   }
 
-  static FT_HANDLE Open(int index = 0, DWORD readTimeout = 2000, DWORD writeTimeout = 2000) {
+  FT_HANDLE Open(int index = 0, DWORD readTimeout = 2000, DWORD writeTimeout = 2000) {
     FT_HANDLE handle = nullptr;
     EXPECT_EQ(FT_Open(index, &handle), FT_OK);
     EXPECT_EQ(FT_SetTimeouts(handle, readTimeout, writeTimeout), FT_OK);
+    mHandles.push_back(handle);
     return handle;
   }
 
@@ -79,19 +101,26 @@ class FtBusTest : public testing::Test {
     return count;
   }
 
-  // The vendor requests that the chip got since they were last asked for, as "request:value@index".
-  static std::vector<std::string> Requests(BridgeChip& chip) {
-    std::vector<std::string> texts;
+  static void AwaitQueued(FT_HANDLE handle, DWORD count) {
+    ASSERT_TRUE(Eventually([&] { return Queued(handle) == count; })) << Queued(handle);
+  }
+
+  // The vendor requests that the chip got since they were last asked for, as "request:value@index" with blanks.
+  static std::string Requests(BridgeChip& chip) {
+    std::string all;
     for (const auto& r : chip.Requests()) {
-      texts.push_back(std::to_string(r.request) + ":" + std::to_string(r.value) + "@" + std::to_string(r.index));
+      all += (all.empty() ? "" : " ") + std::to_string(r.request) + ":" + std::to_string(r.value) + "@" +
+             std::to_string(r.index);
     }
     chip.ForgetRequests();
-    return texts;
+    return all;
   }
 
   VirtualUsbBus mBus;
 
  private:
+  std::list<LoopbackPeer> mPeers;
+  std::vector<FT_HANDLE> mHandles;
   DWORD mChannels = 0;
 };
 
