@@ -2,6 +2,7 @@
 
 #include "controller/TMerakOrbis.h"
 #include "eeprom/TTivanMerakCorvaneEeprom.h"
+#include "eeprom/TTivanMerakHaldenEeprom.h"
 
 namespace corvane {
 
@@ -10,8 +11,9 @@ std::unique_ptr<TTivanMerakEeprom> CreateMerakEeprom(int systemType, IMerakEepro
     case TMerakOrbis::kTypeLxMx:
     case TMerakOrbis::kTypeOther:
       return std::make_unique<TTivanMerakCorvaneEeprom>(access);
+    case TMerakOrbis::kTypeSx:
+      return std::make_unique<TTivanMerakHaldenEeprom>(access);
     default:
-      // Type 2 keeps its record as numbered texts, which has no class of its own yet.
       return nullptr;
   }
 }

@@ -38,6 +38,10 @@ unsigned int TMerakEepromAccess::GetRawGratings(std::string& text) {
   return mController.GetRawGratings(text);
 }
 
+unsigned int TMerakEepromAccess::GetGratings(std::vector<float>& lines, std::vector<std::string>& blazes) {
+  return mController.GetGratings(lines, blazes);
+}
+
 bool TMerakEepromAccess::IsSilent() const {
   return mController.IsSilent();
 }

@@ -19,6 +19,7 @@ class TMerakEepromAccess final : public IMerakEepromAccess {
   unsigned int GetTurret(int& turret) override;
   unsigned int SetTurret(int turret) override;
   unsigned int GetRawGratings(std::string& text) override;
+  unsigned int GetGratings(std::vector<float>& lines, std::vector<std::string>& blazes) override;
   bool IsSilent() const override;
 
  private:

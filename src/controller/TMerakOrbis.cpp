@@ -296,18 +296,33 @@ MerakResult TMerakOrbis::SetPeripherals(const std::vector<std::string>& names) {
   return Command("PERIPHERAL", joined);
 }
 
-int TMerakOrbis::CountPeripherals(std::initializer_list<std::string_view> wanted) {
+MerakResult TMerakOrbis::ListPeripherals(std::vector<std::string>& texts) {
   std::array<PeripheralName, kMaxPeripherals> names{};
   int listed = kMaxPeripherals;
-  if (GetPeripherals(names.data(), listed) != merak::kSuccess) {
-    return 0;
+  if (const MerakResult result = GetPeripherals(names.data(), listed); result != merak::kSuccess) {
+    return result;
   }
-  const auto covered = [&names, listed](std::string_view tag) {
-    return std::any_of(names.begin(), names.begin() + listed, [tag](const PeripheralName& name) {
-      return tag.find(PeripheralText(name)) != std::string_view::npos;
-    });
+  texts.resize(static_cast<std::size_t>(listed));
+  std::transform(names.begin(), names.begin() + listed, texts.begin(), PeripheralText);
+  return merak::kSuccess;
+}
+
+int TMerakOrbis::CountPeripherals(std::initializer_list<std::string_view> wanted) {
+  std::vector<std::string> listed;
+  ListPeripherals(listed);
+  const auto covered = [&listed](std::string_view tag) {
+    return std::any_of(listed.begin(), listed.end(),
+                       [tag](const std::string& name) { return tag.find(name) != std::string_view::npos; });
   };
   return static_cast<int>(std::count_if(wanted.begin(), wanted.end(), covered));
+}
+
+MerakResult TMerakOrbis::ListsPeripheral(std::string_view text, bool& listed) {
+  std::vector<std::string> names;
+  const MerakResult result = ListPeripherals(names);
+  listed = std::any_of(names.begin(), names.end(),
+                       [text](const std::string& name) { return name.find(text) != std::string::npos; });
+  return result;
 }
 
 int TMerakOrbis::GetInputSlitCount() {

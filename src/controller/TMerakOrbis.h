@@ -127,7 +127,8 @@ class TMerakOrbis {
   MerakResult StepAbs(int step);
   /// "TOTALSTEPS": motor steps of one turret revolution. A number above INT_MAX is taken as 0.
   MerakResult GetTotalSteps(unsigned long& steps);
-  /// "GRATINGS": the list as the controller prints it; cached for 3 s where the cache is on (type 2).
+  /// "GRATINGS": the list as the controller prints it; cached for 3 s where the cache is on (type 2), over a
+  /// change of the turret as well.
   MerakResult GetRawGratings(std::string& text);
   /// The same list split up: lines per mm and blaze text for each grating the EEPROM record has room for
   /// (GetMaxNoGratings); 0 and "" where the list is short. 3 without an EEPROM record.
@@ -158,6 +159,8 @@ class TMerakOrbis {
   /// How many of the wanted tags are covered by the peripheral list: a tag counts once when any listed name occurs
   /// inside it, so a listed "SI" covers both "SI1" and "SI2". 0 when the list cannot be had.
   int CountPeripherals(std::initializer_list<std::string_view> wanted);
+  /// listed: any name in the peripheral list contains this text.
+  MerakResult ListsPeripheral(std::string_view text, bool& listed);
   /// Motorised input slits ("SI1", "SI2") and output slits ("SO1", "SO2") in the peripheral list.
   int GetInputSlitCount();
   int GetOutputSlitCount();
@@ -292,6 +295,9 @@ class TMerakOrbis {
   int GetActiveTurret() const;
   /// -1 (0xFFFFFFFF) for a turret outside 0 to 2, changing nothing.
   MerakResult SetActiveTurret(int turret);
+  /// Has the answers of the following four at hand, for a record that asks the controller for some of them: 0, or why
+  /// it cannot; 3 without a record.
+  MerakResult LoadActiveTurretGratings();
   int GetActiveTurretNoOfGratings();
   std::string GetActiveTurretGratingBlaze(int grating);
   float GetActiveTurretGratingLines(int grating);
@@ -311,6 +317,7 @@ class TMerakOrbis {
   MerakResult Query(const char* word, const std::string& params, std::string& value);
   MerakResult QueryInt(const char* word, const std::string& params, int& value);
   bool SlitModeSupported() const;
+  MerakResult ListPeripherals(std::vector<std::string>& texts);
 
   int mSystemType = kTypeUnknown;
   bool mTrace = false;

@@ -295,6 +295,10 @@ MerakResult TMerakOrbis::SetActiveTurret(int turret) {
   return Tell(mEeprom, &TTivanMerakEeprom::SetActiveTurret, turret);
 }
 
+MerakResult TMerakOrbis::LoadActiveTurretGratings() {
+  return Tell(mEeprom, &TTivanMerakEeprom::LoadActiveTurretGratings);
+}
+
 int TMerakOrbis::GetActiveTurretNoOfGratings() {
   return Ask(mEeprom, &TTivanMerakEeprom::GetActiveTurretNoOfGratings);
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 class IMerakEepromAccess {
  public:
@@ -26,6 +27,8 @@ class IMerakEepromAccess {
 
   /// Grating list as the controller prints it ("GRATINGS", cached where the cache is on).
   virtual unsigned int GetRawGratings(std::string& text) = 0;
+  /// The same list as lines per mm and blaze text of each grating the record has room for.
+  virtual unsigned int GetGratings(std::vector<float>& lines, std::vector<std::string>& blazes) = 0;
 
   /// True while the latest exchange is one that ended in silence rather than in a reply; the next reply makes it false.
   /// A record transfer stops at the first: each further field would only cost another time-out.

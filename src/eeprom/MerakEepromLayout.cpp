@@ -28,16 +28,6 @@ constexpr StructureVersion k13{1, 3};
 
 using Record = MerakEepromRecord;
 
-template <auto Member>
-EepromPlace One(Record& record, std::size_t /*element*/) {
-  return &(record.*Member);
-}
-
-template <auto Member>
-EepromPlace Many(Record& record, std::size_t element) {
-  return &(record.*Member)[element];
-}
-
 template <auto Member, std::size_t Turret>
 EepromPlace OfTurret(Record& record, std::size_t element) {
   return &(record.*Member)[Turret][element];

@@ -9,16 +9,12 @@
 #include <array>
 #include <cstddef>
 #include <functional>
-#include <string>
-#include <variant>
 
+#include "eeprom/EepromPlace.h"
 #include "eeprom/MerakEepromRecord.h"
 #include "eeprom/StructureVersion.h"
 
 namespace corvane {
-
-/// Where a value lives in the record.
-using EepromPlace = std::variant<std::string*, float*, int*>;
 
 /// Numbers of the fields that are moved on their own.
 enum EepromFieldNumber : std::size_t {

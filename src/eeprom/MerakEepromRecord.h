@@ -44,6 +44,8 @@ struct MerakEepromRecord {
   std::array<int, kDetectorOffsets> detectorOffsets{};
   int noOfTurrets = 0;
   int activeTurret = 0;
+  /// A turret number that SX models keep beside the active one.
+  int heldTurret = -1;
   int waveToStepsEnable = 0;
   float currentWavelength = 0.0F;
 };

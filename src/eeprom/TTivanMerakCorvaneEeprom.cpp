@@ -5,6 +5,7 @@
 #include <string>
 #include <variant>
 
+using corvane::AddressOf;
 using corvane::EepromPlace;
 using corvane::StructureVersion;
 
@@ -14,10 +15,6 @@ constexpr int kBytesOfNumber = 4;
 
 constexpr unsigned ShiftOf(int byte) {
   return 8U * static_cast<unsigned>(byte);
-}
-
-const void* AddressOf(EepromPlace place) {
-  return std::visit([](auto* value) { return static_cast<const void*>(value); }, place);
 }
 
 /// The bytes of one value as the instrument keeps them.
@@ -67,10 +64,10 @@ TTivanMerakCorvaneEeprom::TTivanMerakCorvaneEeprom(IMerakEepromAccess& controlle
 
 MerakResult TTivanMerakCorvaneEeprom::Read() {
   const auto read = [this](EepromPlace place, int address, int width) { return ReadValue(place, address, width); };
-  mFirstFailure = merak::kSuccess;
+  BeginTransfer();
   SetAllKnown();
   const bool heard = corvane::WalkEepromField(corvane::kFieldStructureVersion, mVersion, Values(), read);
-  mVersionRead = mFirstFailure == merak::kSuccess;
+  mVersionRead = FirstFailure() == merak::kSuccess;
   mVersion = StructureVersion::Parse(GetStructureVersion());
   corvane::SetAbsentFields(mVersion, Values());
   // All of them until they arrive: a silence leaves the values behind it unread as well.
@@ -89,11 +86,11 @@ MerakResult TTivanMerakCorvaneEeprom::Write() {
   };
   UpdateModifiedTime();
   mVersion = StructureVersion::Parse(GetStructureVersion());
-  mFirstFailure = merak::kSuccess;
+  BeginTransfer();
   if (corvane::WalkEepromField(corvane::kFieldStructureVersion, mVersion, Values(), write)) {
     corvane::WalkEepromFields(mVersion, Values(), write);
   }
-  if (mFirstFailure == merak::kSuccess) {
+  if (FirstFailure() == merak::kSuccess) {
     SetDirty(false);
   }
   return merak::kSuccess;
@@ -133,19 +130,8 @@ bool TTivanMerakCorvaneEeprom::WriteValue(EepromPlace place, int address, int wi
   return Note(result);
 }
 
-bool TTivanMerakCorvaneEeprom::Note(MerakResult result) {
-  if (result == merak::kSuccess) {
-    return true;
-  }
-  if (mFirstFailure == merak::kSuccess) {
-    mFirstFailure = result;
-  }
-  // Another reply may still come after a refused byte; after silence every further byte costs a time-out.
-  return !Controller().IsSilent();
-}
-
 MerakResult TTivanMerakCorvaneEeprom::WriteFields(std::initializer_list<std::size_t> numbers) {
-  mFirstFailure = merak::kSuccess;
+  BeginTransfer();
   for (const std::size_t number : numbers) {
     const bool heard = corvane::WalkEepromField(
         number, mVersion, Values(),
@@ -154,7 +140,7 @@ MerakResult TTivanMerakCorvaneEeprom::WriteFields(std::initializer_list<std::siz
       break;
     }
   }
-  return mFirstFailure;
+  return FirstFailure();
 }
 
 MerakResult TTivanMerakCorvaneEeprom::WriteOpticalParamsToEEPROM(float focalLength, float angularDeviation,

@@ -46,15 +46,11 @@ class TTivanMerakCorvaneEeprom final : public TTivanMerakEeprom {
  private:
   bool ReadValue(corvane::EepromPlace place, int address, int width);
   bool WriteValue(corvane::EepromPlace place, int address, int width);
-  /// Remembers a first failure; false when the controller fell silent.
-  bool Note(MerakResult result);
   /// Writes single fields and answers the first failure.
   MerakResult WriteFields(std::initializer_list<std::size_t> numbers);
 
   /// The version under which the last Read or Write placed its fields.
   corvane::StructureVersion mVersion;
-  /// The first failure of the current transfer.
-  MerakResult mFirstFailure = merak::kSuccess;
   /// What the last Read achieved: the version text, and everything without the controller falling silent.
   bool mVersionRead = false;
   bool mReadToTheEnd = false;

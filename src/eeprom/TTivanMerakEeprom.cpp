@@ -9,11 +9,6 @@
 
 namespace {
 
-template <typename Table>
-bool Holds(const Table& table, int index) {
-  return index >= 0 && static_cast<std::size_t>(index) < table.size();
-}
-
 std::size_t Index(int index) {
   return static_cast<std::size_t>(index);
 }
@@ -46,6 +41,17 @@ void TTivanMerakEeprom::UpdateModifiedTime() {
   SetKnown(&mRecord.modifiedDate);
 }
 
+bool TTivanMerakEeprom::Note(MerakResult result) {
+  if (result == merak::kSuccess) {
+    return true;
+  }
+  if (mFirstFailure == merak::kSuccess) {
+    mFirstFailure = result;
+  }
+  // Another reply may still come after a refused byte; after silence every further byte costs a time-out.
+  return !mController.IsSilent();
+}
+
 MerakResult TTivanMerakEeprom::Store(int& held, int value) {
   SetKnown(&held);
   if (held != value) {
@@ -64,9 +70,16 @@ MerakResult TTivanMerakEeprom::Store(float& held, float value) {
   return merak::kSuccess;
 }
 
+bool TTivanMerakEeprom::CanStore(std::string_view /*text*/) const {
+  return true;
+}
+
 MerakResult TTivanMerakEeprom::Store(std::string& held, std::string_view text, std::size_t maxLength) {
-  SetKnown(&held);
   const std::string_view kept = UpToTerminator(text).substr(0, maxLength);
+  if (!CanStore(kept)) {
+    return merak::kInvalidParameter;
+  }
+  SetKnown(&held);
   if (UpToTerminator(held) != kept) {
     held = kept;
     mDirty = true;
@@ -97,6 +110,10 @@ unsigned char TTivanMerakEeprom::GetWaveToStepsEnable() {
 
 MerakResult TTivanMerakEeprom::SetWaveToStepsEnable(unsigned char enable) {
   return Store(mRecord.waveToStepsEnable, enable);
+}
+
+MerakResult TTivanMerakEeprom::LoadActiveTurretGratings() {
+  return merak::kSuccess;
 }
 
 int TTivanMerakEeprom::GetActiveTurretNoOfGratings() {

@@ -73,6 +73,11 @@ class TTivanMerakEeprom {
   virtual int GetMaxNoTurrets() const = 0;
   virtual int GetMaxNoOutputs() const = 0;
   virtual int GetMaxNoInputs() const = 0;
+  /// Has what concerns the active turret's gratings at hand, for families that ask the controller for some of it: 0, or
+  /// why not.
+  virtual MerakResult LoadActiveTurretGratings();
+  /// False for a text that could not reach the instrument; setters of texts refuse it with 6.
+  virtual bool CanStore(std::string_view text) const;
 
   std::string GetIDString() const;
   MerakResult SetIDString(std::string_view text);
@@ -139,6 +144,17 @@ class TTivanMerakEeprom {
   corvane::MerakEepromRecord& Values() { return mRecord; }
   IMerakEepromAccess& Controller() { return mController; }
 
+  template <typename Table>
+  static bool Holds(const Table& table, int index) {
+    return index >= 0 && static_cast<std::size_t>(index) < table.size();
+  }
+
+  /// Starts a transfer of several values, whose first failure counts.
+  void BeginTransfer() { mFirstFailure = merak::kSuccess; }
+  /// Remembers a first failure; false when the controller fell silent.
+  bool Note(MerakResult result);
+  MerakResult FirstFailure() const { return mFirstFailure; }
+
   // Values of the record, by their address, that the instrument has and the last Read did not get whole. What is held
   // in their place is a default or a part, which must not go over the instrument's own data.
   void SetUnread(const void* value) { mUnread.insert(value); }
@@ -157,5 +173,6 @@ class TTivanMerakEeprom {
   IMerakEepromAccess& mController;
   corvane::MerakEepromRecord mRecord;
   std::set<const void*> mUnread;
+  MerakResult mFirstFailure = merak::kSuccess;
   bool mDirty = false;
 };
