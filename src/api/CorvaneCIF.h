@@ -59,7 +59,9 @@ extern "C" {
  * again: the search runs anew and the earlier devices are closed.
  * CORVANE_SUCCESS also with no instrument found; CORVANE_NOT_INITIALIZED: the search itself failed;
  * CORVANE_COMMUNICATION_ERROR: an instrument could not be brought to its working state, the library is initialised all
- * the same. Reads each controller's stored record ("SAVEINFO" some 350 times), which takes seconds on real hardware. */
+ * the same. Reads each controller's stored record ("SAVEINFO" some 350 times), which takes seconds on real hardware. An
+ * older instrument is homed and driven on grating 1 to the angle of its stored wavelength: that wavelength again if the
+ * grating in use had as many lines as grating 1, else another. */
 CORVANE_API unsigned int CorvaneInitialize(char* directory);
 
 /* Closes all instruments, writing changed records back. Always CORVANE_SUCCESS; safe at any time. */
@@ -94,8 +96,8 @@ CORVANE_API unsigned int CorvaneGotoZeroOrder(int device);
 /* 1 when the centre wavelength is exactly 0, else 0. Set to 0 before anything else, whatever the status. */
 CORVANE_API unsigned int CorvaneAtZeroOrder(int device, int* atZero);
 
-/* Wavelength range (nm) of a 1-based grating. Instruments with a motion controller: min 0, max sqrt(3) * 1e6 *
- * cos(angular deviation) / lines per mm. CORVANE_P2_INVALID: no such grating. */
+/* Wavelength range (nm) of a 1-based grating: min 0, max sqrt(3) * 1e6 * cos(angular deviation) / lines per mm.
+ * CORVANE_P2_INVALID: no such grating. */
 CORVANE_API unsigned int CorvaneGetWavelengthLimits(int device, int grating, float* min, float* max);
 
 /* 1 when the instrument has a wavelength drive. Set to 0 before anything else, whatever the status. */
@@ -109,11 +111,13 @@ CORVANE_API unsigned int CorvaneSetGrating(int device, int grating);
 /* Grating in use, from 1. "GRATING?" once, then remembered; or "Step?" on instruments stepped by the library. */
 CORVANE_API unsigned int CorvaneGetGrating(int device, int* grating);
 
-/* Gratings on the active turret, from the instrument's record. */
+/* Gratings on the active turret, from the instrument's record; on an SX from the controller: "GRATINGS?", remembered
+ * for 3 s, so a list asked for just before CorvaneSetTurret may still answer just after it. */
 CORVANE_API unsigned int CorvaneGetNumberGratings(int device, int* count);
 
 /* lines: rulings per mm. blaze: text of at most CORVANE_BLAZE_LENGTH bytes with its terminator. home: start position,
- * offset: grating offset, both in steps (stored as floats, cut toward zero). CORVANE_P2_INVALID: no such grating. */
+ * offset: grating offset, both in steps (stored as floats, cut toward zero). CORVANE_P2_INVALID: no such grating.
+ * On an SX lines and blaze are the controller's: "GRATINGS?". */
 CORVANE_API unsigned int CorvaneGetGratingInfo(int device, int grating, float* lines, char* blaze, int* home,
                                                int* offset);
 
@@ -123,12 +127,14 @@ CORVANE_API unsigned int CorvaneWavelengthReset(int device);
 /* The same as CorvaneWavelengthReset. */
 CORVANE_API unsigned int CorvaneWavelengthUnsafeReset(int device);
 
-/* Tells the record which turret (1 to 3) is mounted. CORVANE_P2_INVALID: outside 1 to 3. "SAVEINFO". */
+/* Tells the record which turret (1 to 3) is mounted. CORVANE_P2_INVALID: outside 1 to 3. "SAVEINFO"; to
+ * an SX "TURRET". */
 CORVANE_API unsigned int CorvaneSetTurret(int device, int turret);
 CORVANE_API unsigned int CorvaneGetTurret(int device, int* turret);
 
 /* Offset of a grating in steps. CORVANE_P2_INVALID: no such grating; CORVANE_P3_INVALID: outside -20000 to 20000. The
- * drive follows: "POSITION?" and "MOVETO", or steps when the grating is in use. Kept in the record at close. */
+ * drive follows: "POSITION?" and "MOVETO", or steps when the grating is in use. Kept in the record at close; an SX gets
+ * all offsets at once, "CONFIG_SYSTEM_DATA". */
 CORVANE_API unsigned int CorvaneSetGratingOffset(int device, int grating, int offset);
 CORVANE_API unsigned int CorvaneGetGratingOffset(int device, int grating, int* offset);
 
@@ -166,8 +172,10 @@ CORVANE_API unsigned int CorvaneAutoSlitReset(int device, int slit);
 /* present is 0 with CORVANE_SUCCESS where the slit is not fitted. CORVANE_P3_INVALID: present is null. */
 CORVANE_API unsigned int CorvaneAutoSlitIsPresent(int device, int slit, int* present);
 
-/* Two points (x, y) of the width calibration of slit 1 of an older instrument. CORVANE_P2_INVALID: slit is not 1;
- * CORVANE_NO_LEGACY_DRIVER: the instrument has a motion controller, which keeps its own calibration. */
+/* Two points of the width calibration of slit 1 of an older instrument: x in motor steps, y the width in um. The slit
+ * moves by new points from the next CorvaneInitialize on; reset it then. CORVANE_P2_INVALID: slit is not 1;
+ * CORVANE_NO_LEGACY_DRIVER: the instrument has a motion controller, which keeps its own calibration. Points of the same
+ * width are refused (CORVANE_COMMUNICATION_ERROR). */
 CORVANE_API unsigned int CorvaneSetAutoSlitCoefficients(int device, int slit, int x1, int y1, int x2, int y2);
 CORVANE_API unsigned int CorvaneGetAutoSlitCoefficients(int device, int slit, int* x1, int* y1, int* x2, int* y2);
 
@@ -188,7 +196,7 @@ CORVANE_API unsigned int CorvaneOutputSlitIsPresent(int device, int* present);
 /* ---- Flipper mirrors and ports ------------------------------------------------------------------------------- */
 
 /* Flipper mirror 1 is at the entrance, 2 at the exit; port 0 is direct, 1 to the side. CORVANE_P2_INVALID: flipper
- * outside 1 to 2; CORVANE_P3_INVALID: port outside 0 to 1. "ENTRANCEPORT" or "EXITPORT". */
+ * outside 1 to 2; CORVANE_P3_INVALID: port outside 0 to 1. "PERIPHERAL?" twice, then "ENTRANCEPORT" or "EXITPORT". */
 CORVANE_API unsigned int CorvaneSetFlipperMirror(int device, int flipper, int port);
 /* CORVANE_P3_INVALID: port is null. */
 CORVANE_API unsigned int CorvaneGetFlipperMirror(int device, int flipper, int* port);
@@ -208,13 +216,17 @@ CORVANE_API unsigned int CorvaneFlipperIsPresent(int device, int* present);
 
 /* ---- Filter wheel -------------------------------------------------------------------------------------------- */
 
-/* Filters 1 to 6, else CORVANE_P2_INVALID. "FILTER", "FILTER?", "FILTERHOME". */
+/* Filters 1 to 6, else CORVANE_P2_INVALID. "PERIPHERAL?", then "FILTER", "FILTER?" or "FILTERHOME". Without a filter
+ * wheel an instrument with a motion controller turns nothing, answers filter 1, and all three succeed: ask
+ * CorvaneFilterIsPresent. */
 CORVANE_API unsigned int CorvaneSetFilter(int device, int filter);
 CORVANE_API unsigned int CorvaneGetFilter(int device, int* filter);
 CORVANE_API unsigned int CorvaneFilterReset(int device);
 /* Label of a filter, from the record: at most CORVANE_FILTER_INFO_LENGTH bytes with its terminator. */
 CORVANE_API unsigned int CorvaneGetFilterInfo(int device, int filter, char* info);
-/* CORVANE_P3_INVALID: info is null. The record keeps at most 10 characters. */
+/* CORVANE_P3_INVALID: info is null. Goes to the instrument with the record, when it is closed. An SX keeps 239
+ * characters and refuses a line end, an LX or MX keeps 10. Labels should not end in "OK" or in E and two digits: an
+ * SX's reply would end there. */
 CORVANE_API unsigned int CorvaneSetFilterInfo(int device, int filter, const char* info);
 CORVANE_API unsigned int CorvaneFilterIsPresent(int device, int* present);
 
@@ -228,7 +240,9 @@ CORVANE_API unsigned int CorvaneShutterIsPresent(int device, int* present);
 
 /* ---- Focus mirror -------------------------------------------------------------------------------------------- */
 
-/* Relative move in steps. CORVANE_P2_INVALID: the target lies below 0 or above the maximum. "MOVE_FOCUS".
+/* Relative move in steps. CORVANE_P2_INVALID: the target lies below 0 or above the maximum. "PERIPHERAL?" before
+ * each of "FOCUS_TOTALSTEPS?", "FOCUS?" and "MOVE_FOCUS".
+ * Without a focus mirror an instrument with a motion controller has position 0 and maximum 0.
  * The travel is read first, and a failure of that read leaves this function as a C++ exception (derived from
  * std::exception), which ends a program that cannot catch it: ask CorvaneFocusMirrorIsPresent before. */
 CORVANE_API unsigned int CorvaneSetFocusMirror(int device, int steps);
@@ -239,7 +253,8 @@ CORVANE_API unsigned int CorvaneFocusMirrorIsPresent(int device, int* present);
 
 /* ---- Accessory lines ----------------------------------------------------------------------------------------- */
 
-/* Lines 1 and 2, else CORVANE_P2_INVALID. state: 1 or more is on. "PORT_INPUT?", "PORT_OUTPUT". */
+/* Lines 1 and 2, else CORVANE_P2_INVALID. state: 1 or more is on. "PORT_INPUT?", "PORT_OUTPUT". Instruments of the SX
+ * kind have no accessory port. */
 CORVANE_API unsigned int CorvaneSetAccessory(int device, int line, int state);
 CORVANE_API unsigned int CorvaneGetAccessoryState(int device, int line, int* state);
 CORVANE_API unsigned int CorvaneAccessoryIsPresent(int device, int* present);

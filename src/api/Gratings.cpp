@@ -1,11 +1,10 @@
 // Exported functions of the grating turret, its offsets and the detector offsets.
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
-#include <limits>
 #include <string_view>
 
 #include "api/ApiFrame.h"
+#include "components/Truncation.h"
 
 using corvane::ApiCall;
 using corvane::Argument;
@@ -16,19 +15,6 @@ constexpr auto kGrating = &TSpectrographHardware::GetGratingInterface;
 constexpr int kMaxTurrets = 3;
 constexpr int kMaxGratingOffset = 20000;
 constexpr int kMaxDetectorOffset = 240000;
-
-/// Cuts toward zero; a value outside the range of int gives its end, NaN gives 0.
-int Truncated(float value) {
-  if (std::isnan(value)) {
-    return 0;
-  }
-  // 2^31 is exact in float, INT_MAX is not.
-  constexpr float kEnd = 2147483648.0F;
-  if (value >= kEnd) {
-    return std::numeric_limits<int>::max();
-  }
-  return value <= -kEnd ? std::numeric_limits<int>::min() : static_cast<int>(value);
-}
 
 void StoreText(char* output, const char* text) {
   if (output == nullptr) {
@@ -106,8 +92,8 @@ unsigned int CorvaneGetGratingInfo(int device, int grating, float* lines, char* 
             turret.GetGratingInfo(grating - 1, lineDensity, blazeText, homeSteps, offsetSteps);
           })
       .Store(lines, lineDensity)
-      .Store(home, Truncated(homeSteps))
-      .Store(offset, Truncated(offsetSteps));
+      .Store(home, corvane::Truncated(homeSteps))
+      .Store(offset, corvane::Truncated(offsetSteps));
   if (call.Good()) {
     StoreText(blaze, blazeText);
   }

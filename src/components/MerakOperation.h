@@ -5,26 +5,16 @@
 
 #include <cstdint>
 #include <limits>
+#include <string_view>
 
 #include "controller/MerakResult.h"
 #include "controller/TMerakOrbis.h"
+#include "core/BusyScope.h"
 #include "core/TCVNAcquisitionAborter.h"
 #include "core/TCorvaneException.h"
 #include "core/TDeviceServer.h"
 
 namespace corvane {
-
-/// Keeps a component busy for its lifetime; its clients are told of both ends.
-class BusyScope {
- public:
-  explicit BusyScope(TBusyDeviceServer& component) : mComponent(component) { mComponent.SetBusy(true); }
-  ~BusyScope() { mComponent.SetBusy(false); }
-  BusyScope(const BusyScope&) = delete;
-  BusyScope& operator=(const BusyScope&) = delete;
-
- private:
-  TBusyDeviceServer& mComponent;
-};
 
 /// Throws a code other than 0. The code goes along unchanged: 0xFFFFFFFF from a setter arrives as -1.
 inline void ThrowOnFailure(MerakResult code) {
@@ -71,6 +61,14 @@ void RunBusy(TCVNAcquisitionAborter& aborter, TBusyDeviceServer& component, Oper
   });
 }
 
+/// Asks the controller for a number with acquisition paused; throws the query's code, or 4 when it gave none.
+template <typename Query>
+int ReadNumber(TCVNAcquisitionAborter& aborter, Query query) {
+  int number = 0;
+  RunPaused(aborter, [&] { return RequireNumber(number, query); });
+  return number;
+}
+
 /// Runs `read`, which takes values from the EEPROM record, with acquisition paused. Throws 3 while there is no record
 /// (the controller is not open), whose getters would answer 0 and "".
 template <typename Read>
@@ -82,6 +80,39 @@ void ReadRecord(TCVNAcquisitionAborter& aborter, const TMerakOrbis& controller, 
     read();
     return merak::kSuccess;
   });
+}
+
+/// The same for values of the active turret's gratings, which some instruments have to be asked for; throws what keeps
+/// them from being had.
+template <typename Read>
+void ReadGratings(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, Read read) {
+  RunPaused(aborter, [&] {
+    const MerakResult result = controller.LoadActiveTurretGratings();
+    if (result == merak::kSuccess) {
+      read();
+    }
+    return result;
+  });
+}
+
+/// True when the controller's peripheral list covers the tag of a part; false when it cannot be had.
+inline bool HasPeripheral(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, std::string_view tag) {
+  const TAcquisitionPause pause(aborter);
+  return controller.CountPeripherals({tag}) != 0;
+}
+
+/// True when a listed name contains this text; false when the list cannot be had.
+inline bool ListsPeripheral(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, std::string_view text) {
+  const TAcquisitionPause pause(aborter);
+  bool listed = false;
+  return controller.ListsPeripheral(text, listed) == merak::kSuccess && listed;
+}
+
+/// Throws what an operation on a part that is not fitted is answered with.
+inline void RequirePresent(TDeviceServer& component) {
+  if (!component.IsPresent()) {
+    throw TCorvaneException(1);
+  }
 }
 
 /// Throws what a caller's index outside a table of `size` entries is answered with.

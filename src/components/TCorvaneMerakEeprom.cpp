@@ -4,11 +4,12 @@
 #include "components/TCorvaneMerakGratingInfo.h"
 #include "controller/TMerakOrbis.h"
 
+using corvane::ReadGratings;
 using corvane::ReadRecord;
 
 int TCorvaneMerakEeprom::GetNumberGratings() {
   int count = 0;
-  ReadRecord(mAborter, mController, [&] { count = mController.GetActiveTurretNoOfGratings(); });
+  ReadGratings(mAborter, mController, [&] { count = mController.GetActiveTurretNoOfGratings(); });
   return count;
 }
 
@@ -23,7 +24,7 @@ void TCorvaneMerakEeprom::GetGratingInfoEx(int grating, float& lines, const char
 void TCorvaneMerakEeprom::GetGratingInfo(int grating, float& lines, const char*& blaze) {
   constexpr std::size_t kLongestBlaze = 15;
   corvane::RequireIndex(grating, static_cast<int>(mBlaze.size()));
-  ReadRecord(mAborter, mController, [&] {
+  ReadGratings(mAborter, mController, [&] {
     const TCorvaneMerakGratingInfo info(mController);
     lines = info.GetLines(grating);
     std::string& text = mBlaze[static_cast<std::size_t>(grating)];

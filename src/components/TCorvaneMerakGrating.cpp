@@ -6,6 +6,7 @@
 #include "components/TMerakSpectrographDevice.h"
 #include "controller/TMerakOrbis.h"
 
+using corvane::ReadGratings;
 using corvane::ReadRecord;
 using corvane::RequireIndex;
 using corvane::RunBusy;
@@ -46,13 +47,13 @@ void TCorvaneMerakGrating::UnsafeReset() {
 
 int TCorvaneMerakGrating::GetNumberGratings() {
   int count = 0;
-  ReadRecord(mAborter, mController, [&] { count = mController.GetActiveTurretNoOfGratings(); });
+  ReadGratings(mAborter, mController, [&] { count = mController.GetActiveTurretNoOfGratings(); });
   return count;
 }
 
 void TCorvaneMerakGrating::GetGratingInfo(int grating, float& lines, const char*& blaze, float& home, float& offset) {
   RequireIndex(grating, static_cast<int>(mBlaze.size()));
-  ReadRecord(mAborter, mController, [&] {
+  ReadGratings(mAborter, mController, [&] {
     const TCorvaneMerakGratingInfo info(mController);
     lines = info.GetLines(grating);
     std::string& text = mBlaze[static_cast<std::size_t>(grating)];

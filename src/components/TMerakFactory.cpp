@@ -2,8 +2,14 @@
 
 #include <utility>
 
+#include "components/TCorvaneMerakAccessory.h"
 #include "components/TCorvaneMerakEeprom.h"
+#include "components/TCorvaneMerakFilter.h"
+#include "components/TCorvaneMerakFlipper.h"
+#include "components/TCorvaneMerakFocusMirror.h"
 #include "components/TCorvaneMerakGrating.h"
+#include "components/TCorvaneMerakSlit.h"
+#include "components/TMerakShutter.h"
 #include "components/TMerakSpectrographDevice.h"
 #include "components/TMerakWavelength.h"
 #include "controller/TMerakOrbis.h"
@@ -41,33 +47,30 @@ ISpectrographEEPROM* TMerakFactory::CreateEeprom() {
   return std::make_unique<TCorvaneMerakEeprom>(mDevice->GetMerakOrbis()).release();
 }
 
-std::unique_ptr<TMerakSpectrographDevice> TMerakFactory::TakeSpectrograph() {
-  return std::move(mOwnedDevice);
+ISpectrographFlipper* TMerakFactory::CreateFlipper(ISpectrographFlipper::TFlipperPosition position) {
+  return std::make_unique<TCorvaneMerakFlipper>(mDevice->GetMerakOrbis(), mDevice->GetStepTurret(), position).release();
 }
 
-// Parts of the instrument that this library does not drive yet. Null tells the exported functions that there is none,
-// and they answer a failure.
-
-ISpectrographFlipper* TMerakFactory::CreateFlipper(ISpectrographFlipper::TFlipperPosition /*position*/) {
-  return nullptr;
-}
-
-ISpectrographSlit* TMerakFactory::CreateSlit(ISpectrographSlit::TSlitPosition /*position*/) {
-  return nullptr;
+ISpectrographSlit* TMerakFactory::CreateSlit(ISpectrographSlit::TSlitPosition position) {
+  return std::make_unique<TCorvaneMerakSlit>(mDevice->GetMerakOrbis(), position).release();
 }
 
 ISpectrographFilter* TMerakFactory::CreateFilter() {
-  return nullptr;
+  return std::make_unique<TCorvaneMerakFilter>(mDevice->GetMerakOrbis()).release();
 }
 
 ISpectrographFocusMirror* TMerakFactory::CreateFocusMirror() {
-  return nullptr;
+  return std::make_unique<TCorvaneMerakFocusMirror>(mDevice->GetMerakOrbis()).release();
 }
 
 ISpectrographShutter* TMerakFactory::CreateShutter() {
-  return nullptr;
+  return std::make_unique<TMerakShutter>().release();
 }
 
 ISpectrographAccessory* TMerakFactory::CreateAccessory() {
-  return nullptr;
+  return std::make_unique<TCorvaneMerakAccessory>(mDevice->GetMerakOrbis()).release();
+}
+
+std::unique_ptr<TMerakSpectrographDevice> TMerakFactory::TakeSpectrograph() {
+  return std::move(mOwnedDevice);
 }

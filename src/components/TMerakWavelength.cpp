@@ -1,23 +1,13 @@
 #include "components/TMerakWavelength.h"
 
-#include <cstdint>
-
 #include "components/MerakOperation.h"
 #include "components/TCorvaneMerakGrating.h"
 #include "components/TCorvaneMerakGratingInfo.h"
 #include "components/TCorvaneMerakStepTurret.h"
 #include "components/TMerakSpectrographDevice.h"
+#include "components/WavelengthSpan.h"
 #include "controller/TMerakOrbis.h"
 #include "eeprom/MerakEepromRecord.h"
-
-namespace {
-
-/// Half of the span reported around a centre, nm.
-constexpr float kHalfSpan = 50.0F;
-/// Pixels by which a window's ends are counted.
-constexpr int kPixelStep = 512;
-
-}  // namespace
 
 TMerakWavelength::TMerakWavelength(TMerakSpectrographDevice& device, TCorvaneMerakGrating& grating)
     : mDevice(device), mController(device.GetMerakOrbis()), mGrating(grating), mBuiltIn(mController) {
@@ -57,36 +47,25 @@ bool TMerakWavelength::AtZeroOrder() {
   return GetWavelength() == 0.0F;
 }
 
-void TMerakWavelength::RequirePresent() {
-  if (!IsPresent()) {
-    throw TCorvaneException(1);
-  }
-}
-
 void TMerakWavelength::GetDispersion(float& low, float& high) {
-  RequirePresent();
+  corvane::RequirePresent(*this);
   GetDispersionFor(GetWavelength(), low, high, -1);
 }
 
 void TMerakWavelength::GetDispersionFor(float centre, float& low, float& high, int /*detector*/) {
-  RequirePresent();
-  low = centre - kHalfSpan;
-  high = centre + kHalfSpan;
+  corvane::RequirePresent(*this);
+  corvane::SpanAround(centre, low, high);
 }
 
 void TMerakWavelength::GetDispersionAt(float centre, float& low, float& high, int /*detector*/, int first, int last) {
-  RequirePresent();
-  // Whole numbers, both divided before anything else: a last pixel of 1023 still counts as the centre.
-  const int below = 1 - first / kPixelStep;
-  const std::int64_t above = (std::int64_t{last} - kPixelStep) / kPixelStep;
-  low = centre - kHalfSpan * static_cast<float>(below);
-  high = centre + kHalfSpan * static_cast<float>(above);
+  corvane::RequirePresent(*this);
+  corvane::SpanOfWindow(centre, first, last, low, high);
 }
 
 void TMerakWavelength::GetWavelengthLimits(int grating, float& min, float& max) {
   const int asked = grating == -1 ? mGrating.GetGrating() : grating;
   corvane::RequireIndex(asked, corvane::MerakEepromRecord::kGratings);
-  corvane::ReadRecord(mAborter, mController, [&] {
+  corvane::ReadGratings(mAborter, mController, [&] {
     min = 0.0F;
     max = TCorvaneMerakGratingInfo(mController).GetMaxWave(asked);
   });

@@ -40,7 +40,6 @@ class TMerakWavelength final : public ISpectrographWavelength, public TDeviceCli
 
  private:
   TMCorvaneWaveStrategy& Strategy();
-  void RequirePresent();
 
   TMerakSpectrographDevice& mDevice;
   TMerakOrbis& mController;

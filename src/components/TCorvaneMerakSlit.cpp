@@ -1,0 +1,64 @@
+#include "components/TCorvaneMerakSlit.h"
+
+#include <array>
+#include <cstddef>
+
+#include "components/MerakOperation.h"
+#include "components/Truncation.h"
+#include "controller/TMerakOrbis.h"
+
+namespace {
+
+struct SlitName {
+  int number;
+  std::string_view tag;
+};
+
+/// By position. The controller counts the side slits across: 4 at the entrance, 2 at the exit.
+constexpr std::array<SlitName, ISpectrographSlit::kPositions> kSlits{{{1, "SI1"}, {4, "SI2"}, {3, "SO1"}, {2, "SO2"}}};
+
+const SlitName& SlitAt(ISpectrographSlit::TSlitPosition position) {
+  const auto index = static_cast<std::size_t>(position);
+  if (index >= kSlits.size()) {
+    throw TCorvaneException(0);
+  }
+  return kSlits[index];
+}
+
+}  // namespace
+
+TCorvaneMerakSlit::TCorvaneMerakSlit(TMerakOrbis& controller, TSlitPosition position)
+    : mController(controller), mNumber(SlitAt(position).number), mTag(SlitAt(position).tag) {
+}
+
+bool TCorvaneMerakSlit::IsPresent() {
+  return corvane::HasPeripheral(mAborter, mController, mTag);
+}
+
+void TCorvaneMerakSlit::SetSlit(float width) {
+  corvane::RunBusy(mAborter, *this, [&] { return mController.SetSlitWidth(mNumber, corvane::Truncated(width)); });
+}
+
+float TCorvaneMerakSlit::GetSlit() {
+  const int width =
+      corvane::ReadNumber(mAborter, [this](int& given) { return mController.GetSlitWidth(mNumber, given); });
+  return static_cast<float>(width);
+}
+
+void TCorvaneMerakSlit::SetSlitMode(const char* mode) {
+  corvane::RunPaused(mAborter, [&] { return mController.SetSlitMode(mNumber, mode); });
+}
+
+const char* TCorvaneMerakSlit::GetSlitMode() {
+  corvane::RunPaused(mAborter, [&] { return mController.GetSlitMode(mNumber, mMode); });
+  return mMode.c_str();
+}
+
+void TCorvaneMerakSlit::Reset() {
+  corvane::RunBusy(mAborter, *this, [&] { return mController.SlitHome(mNumber); });
+}
+
+void TCorvaneMerakSlit::UnsafeReset() {
+  const TAcquisitionPause pause(mAborter);
+  Reset();
+}

@@ -1,0 +1,43 @@
+// One motorised slit of a controller instrument. The controller turns widths into motor steps. Nothing asks whether the
+// slit is fitted before it is told to do something: the controller knows, and its refusal is thrown.
+//
+// Failures throw TCorvaneException with the controller's code, 4 for a reply without the number asked for.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "core/ISpectrographSlit.h"
+#include "core/TCVNAcquisitionAborter.h"
+
+class TMerakOrbis;
+
+class TCorvaneMerakSlit final : public ISpectrographSlit {
+ public:
+  /// The controller is borrowed and outlives the component. Throws TCorvaneException(0) for an unknown position.
+  TCorvaneMerakSlit(TMerakOrbis& controller, TSlitPosition position);
+
+  /// The controller's peripheral list covers this slit; false when it cannot be had.
+  bool IsPresent() override;
+  /// "SLIT_WIDTH" with the whole micrometres of the width. Busy meanwhile.
+  void SetSlit(float width) override;
+  /// "SLIT_WIDTH?", micrometres.
+  float GetSlit() override;
+  /// "SLIT_MODE"; 9 on firmware below 2.7, which has no slit modes.
+  void SetSlitMode(const char* mode) override;
+  /// "SLIT_MODE?"; 9 on firmware below 2.7. At most 35 characters; a reply without a mode gives the one read before.
+  const char* GetSlitMode() override;
+  /// "SLITHOME". Busy meanwhile.
+  void Reset() override;
+  void UnsafeReset() override;
+  /// The controller does not tell motor positions of slits.
+  int GetSlitStep() override { return -999999; }
+
+ private:
+  TMerakOrbis& mController;
+  /// How the controller counts this slit, and its name in the peripheral list.
+  int mNumber;
+  std::string_view mTag;
+  std::string mMode;
+  TCVNAcquisitionAborter mAborter{false};
+};
