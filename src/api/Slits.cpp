@@ -1,11 +1,14 @@
 // Exported functions of the slits. The short forms (CorvaneSetSlit, CorvaneSetOutputSlit, ...) are the auto-slit
 // functions for a fixed slit; their later arguments move up one place, so a bad width is the second argument there.
+#include <array>
+#include <cstddef>
 #include <string>
 
 #include "api/ApiFrame.h"
 #include "api/IndexMapping.h"
 #include "api/LibraryState.h"
 #include "core/TSpectrographList.h"
+#include "legacy/Corvane.h"
 #include "platform/TivanStrings.h"
 
 using corvane::ApiCall;
@@ -82,15 +85,36 @@ unsigned int IsPresent(ApiCall call, int slit, int* present, Argument presentArg
       .Status();
 }
 
-/// Width coefficients exist in older instruments only; a controller keeps its own calibration.
-unsigned int Coefficients(const ApiCall& call, int device) {
+/// Runs body(Corvane&), which answers a driver result. Width coefficients exist in older instruments only; a controller
+/// keeps its own calibration. Not guarded: the driver does not throw.
+template <typename Body>
+unsigned int OnDriver(const ApiCall& call, int device, Body&& body) {
   if (!call.Good()) {
     return call.Status();
   }
   if (pCorvaneList == nullptr) {
     return CORVANE_COMMUNICATION_ERROR;
   }
-  return pCorvaneList->GetRawCorvane(device) == nullptr ? CORVANE_NO_LEGACY_DRIVER : CORVANE_COMMUNICATION_ERROR;
+  Corvane* driver = pCorvaneList->GetRawCorvane(device);
+  if (driver == nullptr) {
+    return CORVANE_NO_LEGACY_DRIVER;
+  }
+  return body(*driver) == Corvane::kSuccess ? CORVANE_SUCCESS : CORVANE_COMMUNICATION_ERROR;
+}
+
+unsigned int SetCoefficients(const ApiCall& call, int device, int x1, int y1, int x2, int y2) {
+  return OnDriver(call, device, [=](Corvane& driver) { return driver.WriteSlitCoefficients(x1, y1, x2, y2); });
+}
+
+unsigned int GetCoefficients(const ApiCall& call, int device, const std::array<int*, 4>& outputs) {
+  std::array<int, 4> values{};
+  const unsigned int status = OnDriver(call, device, [&values](Corvane& driver) {
+    return driver.ReadSlitCoefficients(values[0], values[1], values[2], values[3]);
+  });
+  for (std::size_t i = 0; status == CORVANE_SUCCESS && i < values.size(); ++i) {
+    corvane::StoreResult(outputs[i], values[i]);
+  }
+  return status;
 }
 
 ApiCall CoefficientCall(int device, int slit) {
@@ -117,12 +141,12 @@ unsigned int CorvaneAutoSlitIsPresent(int device, int slit, int* present) {
   return IsPresent(AutoSlitCall(device, slit), slit, present, Argument::kThird);
 }
 
-unsigned int CorvaneSetAutoSlitCoefficients(int device, int slit, int /*x1*/, int /*y1*/, int /*x2*/, int /*y2*/) {
-  return Coefficients(CoefficientCall(device, slit), device);
+unsigned int CorvaneSetAutoSlitCoefficients(int device, int slit, int x1, int y1, int x2, int y2) {
+  return SetCoefficients(CoefficientCall(device, slit), device, x1, y1, x2, y2);
 }
 
-unsigned int CorvaneGetAutoSlitCoefficients(int device, int slit, int* /*x1*/, int* /*y1*/, int* /*x2*/, int* /*y2*/) {
-  return Coefficients(CoefficientCall(device, slit), device);
+unsigned int CorvaneGetAutoSlitCoefficients(int device, int slit, int* x1, int* y1, int* x2, int* y2) {
+  return GetCoefficients(CoefficientCall(device, slit), device, {x1, y1, x2, y2});
 }
 
 unsigned int CorvaneSetSlit(int device, float width) {
@@ -141,12 +165,12 @@ unsigned int CorvaneSlitIsPresent(int device, int* present) {
   return IsPresent(ApiCall(device), kEntranceSlit, present, Argument::kSecond);
 }
 
-unsigned int CorvaneSetSlitCoefficients(int device, int /*x1*/, int /*y1*/, int /*x2*/, int /*y2*/) {
-  return Coefficients(ApiCall(device), device);
+unsigned int CorvaneSetSlitCoefficients(int device, int x1, int y1, int x2, int y2) {
+  return SetCoefficients(ApiCall(device), device, x1, y1, x2, y2);
 }
 
-unsigned int CorvaneGetSlitCoefficients(int device, int* /*x1*/, int* /*y1*/, int* /*x2*/, int* /*y2*/) {
-  return Coefficients(ApiCall(device), device);
+unsigned int CorvaneGetSlitCoefficients(int device, int* x1, int* y1, int* x2, int* y2) {
+  return GetCoefficients(ApiCall(device), device, {x1, y1, x2, y2});
 }
 
 unsigned int CorvaneSetOutputSlit(int device, float width) {

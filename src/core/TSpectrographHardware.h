@@ -1,5 +1,5 @@
 // The set of component interfaces of one instrument and its serial number: what the exported functions reach through
-// the list of instruments. TMerakHardware fills it for controller instruments.
+// the list of instruments. TMerakHardware fills it for controller instruments, TCorvaneX3Hardware for older ones.
 #pragma once
 
 #include <array>

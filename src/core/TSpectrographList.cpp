@@ -1,30 +1,44 @@
 #include "core/TSpectrographList.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
 #include "calibration/TCalibration.h"
+#include "camera/TCorvaneX3Hardware.h"
 #include "camera/TGlobalControl.h"
 #include "components/TMerakHardware.h"
 #include "controller/TMerakOrbis.h"
 #include "controller/TTivanOnly_MerakOrbis.h"
+#include "legacy/Corvane.h"
 #include "legacy/TCorvaneI2CControl.h"
+#include "legacy/TMCDI2CInterfaceWrapper.h"
 
+/// Each borrows from those before it, so it goes first.
 struct TSpectrographList::TSpectrographListItem {
+  /// Both null for an instrument with a motion controller.
+  std::unique_ptr<TI2CInterface> i2c;
+  std::unique_ptr<Corvane> raw;
   std::unique_ptr<TSpectrographHardware> hardware;
   std::unique_ptr<TCalibration> calibration;
 };
 
-TSpectrographList::TSpectrographList(char* directory) : mControl(std::make_unique<TCorvaneI2CControl>(directory)) {
+TSpectrographList::TSpectrographList(char* directory)
+    : TSpectrographList(std::make_unique<TCorvaneI2CControl>(directory)) {
+}
+
+TSpectrographList::TSpectrographList(std::unique_ptr<TCorvaneI2CControl> control) : mControl(std::move(control)) {
   TMerakOrbis probe(mControl->GetSDKI2CInterface());
   int controllers = 0;
   probe.GetDeviceCount(controllers);
-  if (controllers <= 0) {
-    return;
+  controllers = std::max(controllers, 0);
+  const int legacy = mControl->GetNumberDevices();
+  mItems.reserve(static_cast<std::size_t>(legacy) + static_cast<std::size_t>(controllers));
+  for (int index = 0; index < legacy; ++index) {
+    AddLegacyDevice(index);
   }
-  mItems.reserve(static_cast<std::size_t>(controllers));
   for (int index = 0; index < controllers; ++index) {
-    AddControllerDevice(index, index);
+    AddControllerDevice(legacy + index, index);
   }
 }
 
@@ -32,11 +46,22 @@ TSpectrographList::~TSpectrographList() {
   for (TSpectrographListItem& item : mItems) {
     item.calibration.reset();
     item.hardware.reset();
+    item.raw.reset();
+    item.i2c.reset();
   }
 }
 
 int TSpectrographList::GetNumberDevices() const {
   return static_cast<int>(mItems.size());
+}
+
+void TSpectrographList::AddLegacyDevice(int index) {
+  TSpectrographListItem item;
+  item.i2c = std::make_unique<TMCDI2CInterfaceWrapper>(mControl->GetI2CInterface(index));
+  item.raw = std::make_unique<Corvane>(item.i2c.get(), mControl->IsDeviceUSB(index));
+  item.hardware = std::make_unique<TCorvaneX3Hardware>(item.raw.get());
+  item.calibration = std::make_unique<TCalibration>(mControl->GetDetectorInterface(index), item.hardware.get());
+  mItems.push_back(std::move(item));
 }
 
 void TSpectrographList::AddControllerDevice(int listIndex, int controllerIndex) {
@@ -67,6 +92,7 @@ TCalibration* TSpectrographList::GetCalibration(int index) const {
   return item != nullptr ? item->calibration.get() : nullptr;
 }
 
-Corvane* TSpectrographList::GetRawCorvane(int /*index*/) const {
-  return nullptr;
+Corvane* TSpectrographList::GetRawCorvane(int index) const {
+  const TSpectrographListItem* item = Item(index);
+  return item != nullptr ? item->raw.get() : nullptr;
 }

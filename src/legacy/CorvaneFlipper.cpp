@@ -1,0 +1,55 @@
+// Corvane: the flipper mirror. This library's own sequence.
+//
+// The mirror turns forward to port 1 and backward to port 0, by the whole travel of its motor. Where it stands is known
+// from the record alone, which may be wrong after a failure: it is sent even to where it is thought to be, which a
+// drive against its stop does no harm to.
+#include "legacy/Corvane.h"
+
+namespace {
+
+constexpr int kMotor = corvane::kFlipperMotor;
+
+struct PortLimits {
+  float low;
+  float high;
+  bool limited;
+};
+// These instruments store no limits: the values are those of controller instruments.
+constexpr PortLimits kPortLimits[] = {{180.0F, 1000.0F, true}, {0.0F, 2000.0F, false}};
+
+}  // namespace
+
+unsigned int Corvane::SendMirror(int port) {
+  corvane::CorvDataValues& values = mData.values;
+  const int travel = values.motors[kMotor].maxSteps;
+  unsigned int result = kSuccess;
+  if (travel < 1 || !Travel(kMotor, port == 1, travel, result)) {
+    return kFailure;
+  }
+  values.currentMirror = port;
+  return Store(&values.currentMirror) == kSuccess ? result : kFailure;
+}
+
+unsigned int Corvane::SetMirrorPosition(bool mirror) {
+  return HasData() ? SendMirror(mirror ? 0 : 1) : kNoData;
+}
+
+unsigned int Corvane::GetMirrorPosition(bool& mirror) {
+  if (!HasData()) {
+    return kNoData;
+  }
+  mirror = PortInUse() == 0;
+  return kSuccess;
+}
+
+unsigned int Corvane::ResetMirror() {
+  return HasData() ? SendMirror(0) : kNoData;
+}
+
+unsigned int Corvane::GetPortCCDLimits(bool mirror, float& low, float& high, bool& limited) {
+  const PortLimits& limits = kPortLimits[mirror ? 0 : 1];
+  low = limits.low;
+  high = limits.high;
+  limited = limits.limited;
+  return kSuccess;
+}
