@@ -89,6 +89,7 @@ int BlazeWidth(StructureVersion version) {
 }
 
 constexpr int kFilterWidth = 10;
+constexpr int kImageGratings = 3;
 
 /// Values at an address, and onward from value to value: writing and reading share the walk.
 class Cursor {
@@ -148,7 +149,7 @@ void PutTurret(EepromImage& image, const Turret& turret, const TurretFields& fie
   Cursor starts(image, fields.starts, version);
   Cursor lines(image, fields.lines, version);
   Cursor blazes(image, fields.blazes, version);
-  for (std::size_t g = 0; g < kMaxGratings; ++g) {
+  for (std::size_t g = 0; g < kImageGratings; ++g) {
     const bool mounted = g < turret.gratings.size();
     const Grating grating = mounted ? turret.gratings[g] : Grating{0.0F, "", 0, 0};
     offsets.Put(grating.offset);
@@ -166,7 +167,7 @@ void PutTurret(EepromImage& image, const Turret& turret, const TurretFields& fie
 Turret ReadTurret(const EepromImage& image, Turret base, const TurretFields& fields, StructureVersion version) {
   if (HasGratingCounts(version)) {
     const int count = image.Byte(EepromImage::AddressOf(fields.gratings, version));
-    base.gratings.resize(static_cast<std::size_t>(std::min(count, kMaxGratings)));
+    base.gratings.resize(static_cast<std::size_t>(std::min(count, kImageGratings)));
   }
   Reader offsets(image, fields.offsets, version);
   Reader starts(image, fields.starts, version);

@@ -24,29 +24,31 @@ std::optional<double> ToDouble(const std::optional<long double>& value) {
 
 }  // namespace
 
-Instrument::Instrument(const InstrumentDescription& description)
-    : mDescription(description), mMemory(description.record, description.structure, description.memoryFill) {
+Instrument::Instrument(const InstrumentDescription& description) : mDescription(description) {
   for (std::size_t i = 0; i < kSlits; ++i) {
     mPositions.slitWidths[i] = description.parts.slits[i].width;
     mPositions.slitModes[i] = description.parts.slits[i].mode;
   }
+  mPositions.mountedTurret = description.turretNumber;
+  // It was adjusted before anything happened to its memory.
+  InstrumentDescription adjusted = description;
+  adjusted.memoryPatches.clear();
+  adjusted.parameterPatches.clear();
+  mMemory = InstrumentMemory(adjusted);
   Place(FirmwareRecord(), description.grating, description.wavelength);
-  for (const MemoryPatch& patch : description.memoryPatches) {
-    int address = patch.address;
-    for (const unsigned char byte : patch.bytes) {
-      if (EepromImage::IsValid(address)) {
-        mMemory.SetByte(address, byte);
-      }
-      ++address;
-    }
-  }
+  mMemory = InstrumentMemory(description);
   if (!description.stateFile.empty()) {
     LoadState(description, mMemory, mPositions);
   }
 }
 
 Record Instrument::FirmwareRecord() const {
-  return mMemory.Decode(mDescription.record);
+  Record record = mMemory.Decode(mDescription);
+  // Of a turret that its record does not list an SX knows as much as of the first.
+  if (KeepsTexts() && mPositions.mountedTurret != kUnlistedTurret) {
+    record.activeTurret = mPositions.mountedTurret - 1;
+  }
+  return record;
 }
 
 Record Instrument::RealRecord() const {
@@ -193,20 +195,34 @@ bool Instrument::WriteMemory(int address, int value) {
   if (value < 0 || value > std::numeric_limits<std::uint8_t>::max()) {
     return false;
   }
-  mMemory.SetByte(address, static_cast<std::uint8_t>(value));
+  mMemory.bytes.SetByte(address, static_cast<std::uint8_t>(value));
   Changed();
   return true;
 }
 
-bool Instrument::SetActiveTurret(int turret) {
-  const StructureVersion version = mMemory.Version();
-  if (!version.AtLeast(1, 3)) {
+void Instrument::WriteParameter(int number, std::string_view text) {
+  mMemory.parameters.SetText(number, text);
+  Changed();
+}
+
+int Instrument::MountedTurret() const {
+  return KeepsTexts() ? mPositions.mountedTurret : FirmwareRecord().activeTurret + 1;
+}
+
+bool Instrument::SetMountedTurret(int turret) {
+  const StructureVersion version = Memory().Version();
+  if (!KeepsTexts() && !version.AtLeast(1, 3)) {
     return turret == 1;
   }
-  if (turret < 1 || turret > kMaxTurrets) {
+  if ((turret < 1 || turret > kMaxTurrets) && !(KeepsTexts() && turret == kUnlistedTurret)) {
     return false;
   }
-  return WriteMemory(EepromImage::AddressOf(Field::kActiveTurret, version), turret - 1);
+  if (!KeepsTexts()) {
+    return WriteMemory(EepromImage::AddressOf(Field::kActiveTurret, version), turret - 1);
+  }
+  mPositions.mountedTurret = turret;
+  Changed();
+  return true;
 }
 
 bool Instrument::SetEntrancePort(int port) {

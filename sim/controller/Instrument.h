@@ -5,9 +5,10 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
-#include "controller/EepromImage.h"
 #include "controller/InstrumentDescription.h"
+#include "controller/InstrumentMemory.h"
 #include "controller/Positions.h"
 
 namespace corvane::sim {
@@ -21,7 +22,10 @@ class Instrument {
   explicit Instrument(const InstrumentDescription& description);
 
   const InstrumentDescription& Description() const { return mDescription; }
-  const EepromImage& Memory() const { return mMemory; }
+  const EepromImage& Memory() const { return mMemory.bytes; }
+  const ParameterMemory& Parameters() const { return mMemory.parameters; }
+  /// Whether the record is in Parameters() rather than in Memory().
+  bool KeepsTexts() const { return mDescription.KeepsTexts(); }
   const Positions& Stands() const { return mPositions; }
 
   /// Wavelength in nm that truly falls on a pixel (from 1, fractions allowed) of a detector; none when no grating
@@ -49,8 +53,12 @@ class Instrument {
 
   /// The address is valid; value 0 to 255.
   bool WriteMemory(int address, int value);
-  /// turret from 1, on layouts with several turrets.
-  bool SetActiveTurret(int turret);
+  /// number is valid.
+  void WriteParameter(int number, std::string_view text);
+  /// From 1. On an SX also kUnlistedTurret.
+  int MountedTurret() const;
+  /// turret as MountedTurret gives it; 1 only on layouts without several turrets.
+  bool SetMountedTurret(int turret);
 
   bool SetEntrancePort(int port);
   bool SetExitPort(int port);
@@ -82,7 +90,7 @@ class Instrument {
   void Changed() const;
 
   InstrumentDescription mDescription;
-  EepromImage mMemory;
+  InstrumentMemory mMemory;
   Positions mPositions;
 };
 

@@ -11,7 +11,9 @@
 namespace corvane::sim {
 
 inline constexpr int kMaxTurrets = 3;
-inline constexpr int kMaxGratings = 3;
+inline constexpr int kMaxGratings = 4;
+/// The number that an SX gives to a turret which is none of the three in its record.
+inline constexpr int kUnlistedTurret = 99;
 inline constexpr int kFilters = 6;
 inline constexpr int kSlits = 4;
 
@@ -32,7 +34,7 @@ struct Grating {
 };
 
 struct Turret {
-  std::vector<Grating> gratings;  ///< 1 to kMaxGratings
+  std::vector<Grating> gratings;  ///< 1 to 3, or to kMaxGratings on an SX
 };
 
 /// The contents of the instrument's memory, whatever the layout version. Angles in degrees, lengths in metres.
@@ -92,6 +94,7 @@ struct Parts {
   int focusTotalSteps = 2000;
   bool entranceFlipper = true;
   bool exitFlipper = true;
+  bool accessoryLines = true;
   int portInputs = 0;               ///< four input lines, bits 0 to 3
   std::vector<std::string> others;  ///< further names in the peripheral list
 };
@@ -127,9 +130,14 @@ struct MemoryPatch {
   std::vector<unsigned char> bytes;
 };
 
+struct ParameterPatch {
+  int number = 0;
+  std::string text;
+};
+
 struct InstrumentDescription {
   std::string maker = "Tivan";
-  std::string model = "LX";  ///< "LX" or "MX"
+  std::string model = "LX";  ///< "LX", "MX" or "SX"
   std::string designation = "CV-LX";
   std::string serial = "CV1001";
   std::string board = "MC2";
@@ -139,15 +147,20 @@ struct InstrumentDescription {
   Drive drive;
   float wavelength = 500.0F;  ///< where it stands at start, nm
   int grating = 1;            ///< and on which grating, from 1
+  int turretNumber = 1;       ///< mounted on an SX at start: 1 to kMaxTurrets, or kUnlistedTurret
   Parts parts;
   MotionTimes motion;
   double latency = 0;  ///< milliseconds before any reply
-  /// Bytes of the memory that the record leaves free; and bytes written over the finished image. Neither changes the
-  /// optics of the instrument.
+  /// Bytes of the memory that the record leaves free; and bytes or, on an SX, texts written over the finished memory.
+  /// None changes the optics of the instrument.
   unsigned char memoryFill = 0;
   std::vector<MemoryPatch> memoryPatches;
+  std::vector<ParameterPatch> parameterPatches;
   std::vector<ReplyFault> faults;
   std::string stateFile;  ///< absolute; empty: the instrument forgets
+
+  /// An SX keeps its record in numbered texts, the others in bytes.
+  bool KeepsTexts() const { return model == "SX"; }
 };
 
 /// Pixels along the dispersion and across, sizes in micrometres.

@@ -1,11 +1,12 @@
 #include "controller/InstrumentReader.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
 #include <numbers>
 
-#include "controller/EepromImage.h"
+#include "controller/InstrumentMemory.h"
 #include "controller/OpticalModel.h"
 
 namespace corvane::sim {
@@ -18,35 +19,6 @@ constexpr int kAnyInt = std::numeric_limits<int>::max();
 constexpr double kLongestMotion = 600000.0;
 /// Separators of the controller's replies.
 constexpr const char* kSeparators = ",";
-
-template <typename Values>
-void ReadNumbers(JsonSection& section, const char* key, Values& target, std::size_t most) {
-  if (const json* const array = section.Array(key, 0, most)) {
-    for (std::size_t i = 0; i < array->size(); ++i) {
-      const json& value = (*array)[i];
-      using Number = typename Values::value_type;
-      const bool fits = std::is_integral_v<Number> ? value.is_number_integer() : value.is_number();
-      if (!fits || std::abs(value.get<double>()) > (std::is_integral_v<Number> ? double{kAnyInt} : kAnyFloat)) {
-        section.Fail(key, "[" + std::to_string(i) + "] must be " +
-                              (std::is_integral_v<Number> ? "a whole number of steps" : "a number"));
-      }
-      target[i] = value.get<Number>();
-    }
-  }
-}
-
-void ReadTexts(JsonSection& section, const char* key, std::array<std::string, kFilters>& target, std::size_t longest) {
-  if (const json* const array = section.Array(key, 0, target.size())) {
-    for (std::size_t i = 0; i < array->size(); ++i) {
-      const json& value = (*array)[i];
-      if (!value.is_string() || value.get_ref<const std::string&>().size() > longest) {
-        section.Fail(
-            key, "[" + std::to_string(i) + "] must be a text of at most " + std::to_string(longest) + " characters");
-      }
-      target[i] = value.get<std::string>();
-    }
-  }
-}
 
 StructureVersion ReadStructureVersion(JsonSection& section) {
   constexpr const char* kKey = "structureVersion";
@@ -65,9 +37,34 @@ StructureVersion ReadStructureVersion(JsonSection& section) {
   return version;
 }
 
-Grating ReadGrating(JsonSection section, Grating grating, StructureVersion version) {
+/// What the record of an instrument has room for.
+struct Room {
+  std::size_t turrets;
+  std::size_t leastGratings;
+  std::size_t mostGratings;
+  std::size_t blaze;
+  std::size_t label;
+  std::size_t detectorOffsets;
+};
+
+Room RoomOf(const InstrumentDescription& instrument) {
+  if (instrument.KeepsTexts()) {
+    return {kMaxTurrets, 1, kMaxGratings, 31, ParameterMemory::kLongestText, 4};
+  }
+  const StructureVersion version = instrument.structure;
+  constexpr std::size_t kGratings = 3;
+  const bool isLarge = version.major >= 3;
+  return {version.AtLeast(1, 3) ? std::size_t{kMaxTurrets} : 1,
+          version.AtLeast(1, 2) ? 1 : kGratings,
+          kGratings,
+          isLarge ? std::size_t{6} : 4,
+          10,
+          isLarge ? std::size_t{4} : 2};
+}
+
+Grating ReadGrating(JsonSection section, Grating grating, const Room& room) {
   section.Read("lines", grating.lines, 1.0, 10000.0);
-  section.Read("blaze", grating.blaze, version.major >= 3 ? 6 : 4, kSeparators);
+  section.Read("blaze", grating.blaze, room.blaze, kSeparators);
   section.Read("start", grating.start, -kAnyInt, kAnyInt);
   section.Read("offset", grating.offset, -kAnyInt, kAnyInt);
   section.Finish();
@@ -75,15 +72,18 @@ Grating ReadGrating(JsonSection section, Grating grating, StructureVersion versi
 }
 
 std::vector<Turret> ReadTurrets(JsonSection& section, const InstrumentDescription& defaults, int totalSteps) {
-  const StructureVersion version = defaults.structure;
-  const std::size_t leastGratings = version.AtLeast(1, 2) ? 1 : kMaxGratings;
+  const Room room = RoomOf(defaults);
+  const std::vector<Grating>& usual = defaults.record.turrets[0].gratings;
+  const auto standard = [&](std::size_t index) {
+    Grating grating = usual[std::min(index, usual.size() - 1)];
+    grating.start = static_cast<int>(index) * (totalSteps / static_cast<int>(room.mostGratings));
+    return grating;
+  };
   std::vector<Turret> turrets;
-  for (JsonSection& entry : section.Sections("turrets", 1, version.AtLeast(1, 3) ? kMaxTurrets : 1)) {
+  for (JsonSection& entry : section.Sections("turrets", 1, room.turrets)) {
     Turret turret;
-    for (JsonSection& grating : entry.Sections("gratings", leastGratings, kMaxGratings)) {
-      Grating start = defaults.record.turrets[0].gratings[turret.gratings.size()];
-      start.start = static_cast<int>(turret.gratings.size()) * (totalSteps / kMaxGratings);
-      turret.gratings.push_back(ReadGrating(std::move(grating), start, version));
+    for (JsonSection& grating : entry.Sections("gratings", room.leastGratings, room.mostGratings)) {
+      turret.gratings.push_back(ReadGrating(std::move(grating), standard(turret.gratings.size()), room));
     }
     if (turret.gratings.empty()) {
       entry.Fail("gratings", "is missing");
@@ -92,15 +92,17 @@ std::vector<Turret> ReadTurrets(JsonSection& section, const InstrumentDescriptio
     turrets.push_back(std::move(turret));
   }
   if (turrets.empty()) {
-    turrets = defaults.record.turrets;
-    for (std::size_t g = 0; g < turrets[0].gratings.size(); ++g) {
-      turrets[0].gratings[g].start = static_cast<int>(g) * (totalSteps / kMaxGratings);
+    turrets = {Turret{}};
+    for (std::size_t g = 0; g < usual.size(); ++g) {
+      turrets[0].gratings.push_back(standard(g));
     }
   }
   return turrets;
 }
 
-void ReadRecord(JsonSection section, Record& record, StructureVersion version, int turrets) {
+void ReadRecord(JsonSection section, InstrumentDescription& instrument) {
+  const Room room = RoomOf(instrument);
+  Record& record = instrument.record;
   section.Read("id", record.id, 20);
   section.Read("serial", record.serial, 10);
   section.Read("manufactured", record.manufactured, 11);
@@ -124,11 +126,16 @@ void ReadRecord(JsonSection section, Record& record, StructureVersion version, i
   }
   section.Read("waveToStepsEnabled", record.waveToStepsEnabled);
   section.Read("currentWavelength", record.currentWavelength, 0.0, kAnyFloat);
-  ReadNumbers(section, "detectorOffsets", record.detectorOffsets, version.major >= 3 ? 4 : 2);
-  ReadTexts(section, "filters", record.filters, 10);
-  int activeTurret = record.activeTurret + 1;
-  section.Read("activeTurret", activeTurret, 1, turrets);
-  record.activeTurret = activeTurret - 1;
+  ReadNumbers(section, "detectorOffsets", record.detectorOffsets, room.detectorOffsets);
+  ReadTexts(section, "filters", record.filters, room.label);
+  const bool isListed = !instrument.KeepsTexts() || section.Take("activeTurret") == nullptr ||
+                        *section.Take("activeTurret") != kUnlistedTurret;
+  if (isListed) {
+    section.Read("activeTurret", instrument.turretNumber, 1, static_cast<int>(record.turrets.size()));
+    record.activeTurret = instrument.turretNumber - 1;
+  } else {
+    instrument.turretNumber = kUnlistedTurret;
+  }
   section.Finish();
 }
 
@@ -156,7 +163,8 @@ void ReadSlits(JsonSection section, Parts& parts) {
   section.Finish();
 }
 
-void ReadParts(JsonSection section, Parts& parts) {
+void ReadParts(JsonSection section, InstrumentDescription& instrument) {
+  Parts& parts = instrument.parts;
   if (auto slits = section.Section("slits")) {
     ReadSlits(std::move(*slits), parts);
   }
@@ -171,6 +179,10 @@ void ReadParts(JsonSection section, Parts& parts) {
   }
   section.Read("entranceFlipper", parts.entranceFlipper);
   section.Read("exitFlipper", parts.exitFlipper);
+  section.Read("accessoryLines", parts.accessoryLines);
+  if (instrument.KeepsTexts() && (parts.entranceFlipper || parts.accessoryLines)) {
+    section.Fail(parts.entranceFlipper ? "entranceFlipper" : "accessoryLines", "is nothing that an SX can have");
+  }
   section.Read("portInputs", parts.portInputs, 0, 15);
   if (const json* const others = section.Array("others", 0, 64)) {
     for (const json& name : *others) {
@@ -223,6 +235,13 @@ void ReadMemory(JsonSection section, InstrumentDescription& instrument) {
     entry.Finish();
     instrument.memoryPatches.push_back(std::move(patch));
   }
+  for (JsonSection& entry : section.Sections("texts", 0, ParameterMemory::kSize)) {
+    ParameterPatch patch;
+    entry.Read("number", patch.number, 0, ParameterMemory::kSize - 1);
+    entry.Read("text", patch.text, ParameterMemory::kLongestText);
+    entry.Finish();
+    instrument.parameterPatches.push_back(std::move(patch));
+  }
   section.Finish();
 }
 
@@ -252,8 +271,8 @@ std::string AbsoluteFile(const std::string& name, const std::filesystem::path& d
 InstrumentDescription ReadInstrument(JsonSection section, const std::filesystem::path& directory) {
   std::string model = "LX";
   section.Read("model", model, 8);
-  if (model != "LX" && model != "MX") {
-    section.Fail("model", R"(must be "LX" or "MX")");
+  if (model != "LX" && model != "MX" && model != "SX") {
+    section.Fail("model", R"(must be "LX", "MX" or "SX")");
   }
   InstrumentDescription instrument = DefaultInstrument(model, ReadStructureVersion(section));
   section.Read("maker", instrument.maker, 64, kSeparators);
@@ -270,11 +289,10 @@ InstrumentDescription ReadInstrument(JsonSection section, const std::filesystem:
   }
   instrument.record.turrets = ReadTurrets(section, instrument, instrument.drive.totalSteps);
   if (auto record = section.Section("record")) {
-    ReadRecord(std::move(*record), instrument.record, instrument.structure,
-               static_cast<int>(instrument.record.turrets.size()));
+    ReadRecord(std::move(*record), instrument);
   }
   if (auto parts = section.Section("parts")) {
-    ReadParts(std::move(*parts), instrument.parts);
+    ReadParts(std::move(*parts), instrument);
   }
   ReadMotion(section, instrument.motion);
   section.Read("latency", instrument.latency, 0.0, kLongestMotion);

@@ -151,4 +151,17 @@ void JsonSection::Finish() const {
   }
 }
 
+void ReadTexts(JsonSection& section, const char* key, std::array<std::string, kFilters>& target, std::size_t longest) {
+  if (const json* const array = section.Array(key, 0, target.size())) {
+    for (std::size_t i = 0; i < array->size(); ++i) {
+      const json& value = (*array)[i];
+      if (!value.is_string() || value.get_ref<const std::string&>().size() > longest) {
+        section.Fail(
+            key, "[" + std::to_string(i) + "] must be a text of at most " + std::to_string(longest) + " characters");
+      }
+      target[i] = value.get<std::string>();
+    }
+  }
+}
+
 }  // namespace corvane::sim

@@ -1,11 +1,13 @@
 // One object of a scenario file, read strictly: every value has a type and a range, every key must be known. Errors
-// carry the file and the place. Used by the scenario reader only.
+// carry the file and the place. Used by the readers of scenarios only.
 #pragma once
 
+#include <array>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "controller/Scenario.h"
@@ -49,5 +51,29 @@ class JsonSection {
   std::string mPlace;
   std::vector<std::string> mKnown;
 };
+
+/// Overwrites the first elements of target with the numbers of a list of at most `most`, each from low to high. Answers
+/// how many there were; none when the key is absent.
+template <typename Values, typename Number = typename Values::value_type>
+std::size_t ReadNumbers(JsonSection& section, const char* key, Values& target, std::size_t most,
+                        Number low = std::numeric_limits<Number>::lowest(),
+                        Number high = std::numeric_limits<Number>::max()) {
+  const nlohmann::json* const array = section.Array(key, 0, most);
+  const std::size_t count = array == nullptr ? 0 : array->size();
+  for (std::size_t i = 0; i < count; ++i) {
+    const nlohmann::json& value = (*array)[i];
+    const bool fits = std::is_integral_v<Number> ? value.is_number_integer() : value.is_number();
+    if (!fits ||
+        !(value.get<double>() >= static_cast<double>(low) && value.get<double>() <= static_cast<double>(high))) {
+      section.Fail(key, "[" + std::to_string(i) + "] must be a " + (std::is_integral_v<Number> ? "whole " : "") +
+                            "number in range");
+    }
+    target[i] = value.get<Number>();
+  }
+  return count;
+}
+
+/// Overwrites the first elements of target with the texts of a list.
+void ReadTexts(JsonSection& section, const char* key, std::array<std::string, kFilters>& target, std::size_t longest);
 
 }  // namespace corvane::sim

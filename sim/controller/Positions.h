@@ -12,6 +12,7 @@ namespace corvane::sim {
 struct Positions {
   std::int64_t turret = 0;  ///< microsteps, in [0, total steps * microsteps)
   int grating = 1;          ///< the firmware's current grating, from 1
+  int mountedTurret = 1;    ///< on an SX; on others the memory holds it
   int entrancePort = 0;
   int exitPort = 0;
   int filter = 1;

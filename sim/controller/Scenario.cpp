@@ -9,6 +9,7 @@
 
 #include "controller/InstrumentReader.h"
 #include "controller/JsonSection.h"
+#include "legacy/LegacyReader.h"
 
 namespace corvane::sim {
 namespace {
@@ -96,7 +97,11 @@ InstrumentDescription DefaultInstrument(std::string_view model, StructureVersion
   instrument.structure = structure;
   instrument.parts.slits[kSlitSI1].fitted = true;
   instrument.parts.slits[kSlitSO1].fitted = true;
-  const int third = instrument.drive.totalSteps / kMaxGratings;
+  const int third = instrument.drive.totalSteps / 3;
+  if (instrument.KeepsTexts()) {
+    instrument.parts.entranceFlipper = false;
+    instrument.parts.accessoryLines = false;
+  }
   Turret turret;
   if (structure.AtLeast(1, 1)) {
     turret.gratings = {{1200.0F, "500", 0, 0}, {600.0F, "750", third, 0}, {150.0F, "800", 2 * third, 0}};
@@ -122,6 +127,9 @@ Scenario ParseScenario(std::string_view text, const std::string& name, const std
   Scenario scenario;
   if (auto i2c = section.Section("i2c")) {
     scenario.i2c = ReadInstrument(std::move(*i2c), directory);
+  }
+  if (auto legacy = section.Section("legacy")) {
+    scenario.legacy = ReadLegacy(std::move(*legacy));
   }
   for (JsonSection& usb : section.Sections("usb", 0, kMaxUsb)) {
     scenario.usb.push_back(ReadUsb(std::move(usb), directory));

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "controller/InstrumentDescription.h"
+#include "legacy/LegacyDescription.h"
 
 namespace corvane::sim {
 
@@ -34,6 +35,7 @@ struct UsbAttachment {
 
 struct Scenario {
   std::optional<InstrumentDescription> i2c;  ///< at address 0x58 of the camera's bus
+  std::optional<LegacyDescription> legacy;   ///< an older instrument on the same bus
   std::vector<UsbAttachment> usb;
   std::optional<DetectorGeometry> detector;  ///< none: the camera does not tell its geometry
   std::vector<TransportFault> transportFaults;
@@ -44,7 +46,7 @@ struct Scenario {
 /// An LX of structure version 3.0 with three gratings on the I2C bus, and a detector of 2048 pixels.
 Scenario DefaultScenario();
 
-/// An instrument as a scenario's empty section describes it. model is "LX" or "MX".
+/// An instrument as a scenario's empty section describes it. model is "LX", "MX" or "SX".
 InstrumentDescription DefaultInstrument(std::string_view model = "LX", StructureVersion structure = {});
 
 /// The polynomial of a drive that turns with the grating, for an angular deviation in degrees.

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <vector>
 
 namespace corvane::sim {
 namespace {
@@ -22,6 +23,7 @@ void CheckPositions(const InstrumentDescription& description, const Positions& p
   const std::int64_t turn = std::int64_t{description.drive.totalSteps} * description.drive.microsteps;
   CheckRange("turret", positions.turret, 0, turn - 1);
   CheckRange("grating", positions.grating, 1, kMaxGratings);
+  CheckRange("mountedTurret", positions.mountedTurret, 1, kUnlistedTurret);
   CheckRange("entrancePort", positions.entrancePort, 0, 1);
   CheckRange("exitPort", positions.exitPort, 0, 1);
   CheckRange("filter", positions.filter, 1, kFilters);
@@ -34,6 +36,7 @@ Positions FromJson(const json& state) {
   Positions positions;
   state.at("turret").get_to(positions.turret);
   state.at("grating").get_to(positions.grating);
+  positions.mountedTurret = state.value("mountedTurret", positions.mountedTurret);
   state.at("entrancePort").get_to(positions.entrancePort);
   state.at("exitPort").get_to(positions.exitPort);
   state.at("filter").get_to(positions.filter);
@@ -49,6 +52,7 @@ Positions FromJson(const json& state) {
 json ToJson(const Positions& positions) {
   return {{"turret", positions.turret},
           {"grating", positions.grating},
+          {"mountedTurret", positions.mountedTurret},
           {"entrancePort", positions.entrancePort},
           {"exitPort", positions.exitPort},
           {"filter", positions.filter},
@@ -60,9 +64,27 @@ json ToJson(const Positions& positions) {
           {"shutterMode", positions.shutterMode}};
 }
 
+InstrumentMemory MemoryFromJson(const InstrumentDescription& description, const json& state) {
+  InstrumentMemory memory;
+  if (!description.KeepsTexts()) {
+    if (!memory.bytes.FromHex(state.at("memory").get<std::string>())) {
+      throw std::runtime_error("its memory image is damaged");
+    }
+    return memory;
+  }
+  const auto texts = state.at("parameters").get<std::vector<std::string>>();
+  if (texts.size() != ParameterMemory::kSize) {
+    throw std::runtime_error("its parameters are damaged");
+  }
+  for (int number = 0; number < ParameterMemory::kSize; ++number) {
+    memory.parameters.SetText(number, texts[static_cast<std::size_t>(number)]);
+  }
+  return memory;
+}
+
 }  // namespace
 
-bool LoadState(const InstrumentDescription& description, EepromImage& memory, Positions& positions) {
+bool LoadState(const InstrumentDescription& description, InstrumentMemory& memory, Positions& positions) {
   std::ifstream file(description.stateFile);
   if (!file) {
     return false;
@@ -73,10 +95,7 @@ bool LoadState(const InstrumentDescription& description, EepromImage& memory, Po
       throw std::runtime_error("it belongs to instrument " + state.at("serial").get<std::string>() + ", not to " +
                                description.serial);
     }
-    EepromImage storedMemory;
-    if (!storedMemory.FromHex(state.at("memory").get<std::string>())) {
-      throw std::runtime_error("its memory image is damaged");
-    }
+    const InstrumentMemory storedMemory = MemoryFromJson(description, state);
     const Positions storedPositions = FromJson(state.at("positions"));
     CheckPositions(description, storedPositions);
     memory = storedMemory;
@@ -88,8 +107,13 @@ bool LoadState(const InstrumentDescription& description, EepromImage& memory, Po
   }
 }
 
-void SaveState(const InstrumentDescription& description, const EepromImage& memory, const Positions& positions) {
-  const json state = {{"serial", description.serial}, {"memory", memory.ToHex()}, {"positions", ToJson(positions)}};
+void SaveState(const InstrumentDescription& description, const InstrumentMemory& memory, const Positions& positions) {
+  json state = {{"serial", description.serial}, {"positions", ToJson(positions)}};
+  if (description.KeepsTexts()) {
+    state["parameters"] = memory.parameters.Texts();
+  } else {
+    state["memory"] = memory.bytes.ToHex();
+  }
   // Written aside and moved into place, so that a program that dies here leaves the old state whole.
   const std::string aside = description.stateFile + ".new";
   {

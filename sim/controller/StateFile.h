@@ -3,16 +3,16 @@
 
 #include <string>
 
-#include "controller/EepromImage.h"
+#include "controller/InstrumentMemory.h"
 #include "controller/Positions.h"
 
 namespace corvane::sim {
 
 /// False when there is no such file (outputs untouched). Throws std::runtime_error when the file is damaged, holds a
 /// position that does not exist, or is one of another instrument.
-bool LoadState(const InstrumentDescription& description, EepromImage& memory, Positions& positions);
+bool LoadState(const InstrumentDescription& description, InstrumentMemory& memory, Positions& positions);
 
 /// Replaces the file as a whole. A failure is reported on stderr: the instrument works on without keeping its state.
-void SaveState(const InstrumentDescription& description, const EepromImage& memory, const Positions& positions);
+void SaveState(const InstrumentDescription& description, const InstrumentMemory& memory, const Positions& positions);
 
 }  // namespace corvane::sim
