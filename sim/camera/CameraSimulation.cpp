@@ -1,6 +1,7 @@
 #include "camera/CameraSimulation.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <iostream>
 #include <thread>
@@ -21,6 +22,7 @@ unsigned int CameraSimulation::Initialize(std::string_view directory) {
   mInitialized = false;
   // The old instrument gives up its state file before a new one reads it.
   mController.reset();
+  mLegacy.reset();
   mLog.reset();
   mScenario.reset();
   mScenarioFaults.clear();
@@ -29,6 +31,9 @@ unsigned int CameraSimulation::Initialize(std::string_view directory) {
     mLog = std::make_unique<SimulationLog>(scenario.logFile, scenario.logTransfers);
     if (scenario.i2c) {
       mController = std::make_unique<MotionController>(*scenario.i2c, mLog.get(), kControllerName);
+    }
+    if (scenario.legacy) {
+      mLegacy = std::make_unique<LegacyInstrument>(*scenario.legacy);
     }
     for (const TransportFault& fault : scenario.transportFaults) {
       mScenarioFaults.push_back({fault, mOperations});
@@ -83,13 +88,14 @@ unsigned int CameraSimulation::End(std::string_view operation, std::uint8_t addr
 
 unsigned int CameraSimulation::BurstWrite(std::uint8_t address, std::span<const std::uint8_t> bytes) {
   const std::scoped_lock lock(mMutex);
-  unsigned int status = kTivanSuccess;
+  unsigned int status = kTivanNoAnswer;
   if (const auto fault = Begin()) {
     status = *fault;
-  } else if (address != kControllerAddress || mController == nullptr) {
-    status = kTivanNoAnswer;
-  } else {
+  } else if (address == kControllerAddress && mController != nullptr) {
     mController->FromHost(bytes);
+    status = kTivanSuccess;
+  } else if (mLegacy != nullptr && mLegacy->BurstWrite(address, bytes)) {
+    status = kTivanSuccess;
   }
   return End("write", address, bytes, status);
 }
@@ -116,9 +122,26 @@ unsigned int CameraSimulation::BurstRead(std::uint8_t address, std::span<std::ui
   return End("read", address, bytes, kTivanSuccess);
 }
 
-unsigned int CameraSimulation::RegisterTransfer(std::uint8_t address, std::string_view operation) {
+unsigned int CameraSimulation::Write(std::uint8_t address, std::uint8_t reg, std::uint8_t value) {
   const std::scoped_lock lock(mMutex);
-  return End(operation, address, {}, Begin().value_or(kTivanNoAnswer));
+  const std::array bytes{reg, value};
+  if (const auto fault = Begin()) {
+    return End("write-register", address, bytes, *fault);
+  }
+  const bool answered = mLegacy != nullptr && mLegacy->Write(address, reg, value);
+  return End("write-register", address, bytes, answered ? kTivanSuccess : kTivanNoAnswer);
+}
+
+unsigned int CameraSimulation::Read(std::uint8_t address, std::uint8_t reg, std::uint8_t& value) {
+  const std::scoped_lock lock(mMutex);
+  const std::array asked{reg};
+  if (const auto fault = Begin()) {
+    return End("read-register", address, asked, *fault);
+  }
+  if (mLegacy == nullptr || !mLegacy->Read(address, reg, value)) {
+    return End("read-register", address, asked, kTivanNoAnswer);
+  }
+  return End("read-register", address, std::array{reg, value}, kTivanSuccess);
 }
 
 unsigned int CameraSimulation::GetDetector(int& xPixels, int& yPixels) {
@@ -141,8 +164,12 @@ unsigned int CameraSimulation::GetPixelSize(float& width, float& height) {
   return kTivanSuccess;
 }
 
-MotionController* CameraSimulation::Controller(int controller) {
-  return controller == 0 ? mController.get() : nullptr;
+MotionController* CameraSimulation::Controller(int instrument) {
+  return instrument == (mLegacy != nullptr ? 1 : 0) ? mController.get() : nullptr;
+}
+
+const LegacyInstrument* CameraSimulation::Legacy(int instrument) const {
+  return instrument == 0 ? mLegacy.get() : nullptr;
 }
 
 bool CameraSimulation::IsInitialized() {
@@ -150,9 +177,9 @@ bool CameraSimulation::IsInitialized() {
   return mInitialized;
 }
 
-bool CameraSimulation::KeepsState(int controller) {
+bool CameraSimulation::KeepsState(int instrument) {
   const std::scoped_lock lock(mMutex);
-  const MotionController* const found = Controller(controller);
+  const MotionController* const found = Controller(instrument);
   return found != nullptr && !found->GetInstrument().Description().stateFile.empty();
 }
 
@@ -161,33 +188,43 @@ int CameraSimulation::NumberUsb() {
   return mScenario ? static_cast<int>(mScenario->usb.size()) : 0;
 }
 
-CameraSimulation::Answer CameraSimulation::TrueWavelength(int controller, double pixel, double& nanometres) {
+template <typename Ask>
+CameraSimulation::Answer CameraSimulation::Truth(int instrument, double& nanometres, const Ask& ask) {
   const std::scoped_lock lock(mMutex);
-  const MotionController* const found = Controller(controller);
-  if (found == nullptr) {
-    return Answer::kNoController;
+  std::optional<double> truth;
+  if (const LegacyInstrument* const legacy = Legacy(instrument)) {
+    truth = ask(*legacy);
+  } else if (const MotionController* const found = Controller(instrument)) {
+    truth = ask(found->GetInstrument());
+  } else {
+    return Answer::kNoInstrument;
   }
-  const auto truth = found->GetInstrument().TrueWavelength(pixel, mScenario->detector.value_or(DetectorGeometry{}));
   nanometres = truth.value_or(nanometres);
   return truth ? Answer::kDone : Answer::kOutOfRange;
 }
 
-CameraSimulation::Answer CameraSimulation::TrueCentre(int controller, double& nanometres) {
-  const std::scoped_lock lock(mMutex);
-  const MotionController* const found = Controller(controller);
-  if (found == nullptr) {
-    return Answer::kNoController;
-  }
-  const auto truth = found->GetInstrument().TrueCentre();
-  nanometres = truth.value_or(nanometres);
-  return truth ? Answer::kDone : Answer::kOutOfRange;
+CameraSimulation::Answer CameraSimulation::TrueWavelength(int instrument, double pixel, double& nanometres) {
+  return Truth(instrument, nanometres, [&](const auto& found) {
+    return found.TrueWavelength(pixel, mScenario->detector.value_or(DetectorGeometry{}));
+  });
 }
 
-CameraSimulation::Answer CameraSimulation::Peek(int controller, int address, std::uint8_t& value) {
+CameraSimulation::Answer CameraSimulation::TrueCentre(int instrument, double& nanometres) {
+  return Truth(instrument, nanometres, [](const auto& found) { return found.TrueCentre(); });
+}
+
+CameraSimulation::Answer CameraSimulation::Peek(int instrument, int address, std::uint8_t& value) {
   const std::scoped_lock lock(mMutex);
-  const MotionController* const found = Controller(controller);
+  if (const LegacyInstrument* const legacy = Legacy(instrument)) {
+    if (address < 1 || address > kLegacyPages * kLegacyPageSize) {
+      return Answer::kOutOfRange;
+    }
+    value = legacy->Memory().Byte((address - 1) / kLegacyPageSize, (address - 1) % kLegacyPageSize);
+    return Answer::kDone;
+  }
+  const MotionController* const found = Controller(instrument);
   if (found == nullptr) {
-    return Answer::kNoController;
+    return Answer::kNoInstrument;
   }
   if (!EepromImage::IsValid(address)) {
     return Answer::kOutOfRange;
@@ -196,11 +233,17 @@ CameraSimulation::Answer CameraSimulation::Peek(int controller, int address, std
   return Answer::kDone;
 }
 
-CameraSimulation::Answer CameraSimulation::ArmReplyFault(int controller, std::string_view json) {
+std::string CameraSimulation::State(int instrument) {
   const std::scoped_lock lock(mMutex);
-  MotionController* const found = Controller(controller);
+  const LegacyInstrument* const legacy = Legacy(instrument);
+  return legacy == nullptr ? "" : legacy->State();
+}
+
+CameraSimulation::Answer CameraSimulation::ArmReplyFault(int instrument, std::string_view json) {
+  const std::scoped_lock lock(mMutex);
+  MotionController* const found = Controller(instrument);
   if (found == nullptr) {
-    return Answer::kNoController;
+    return Answer::kNoInstrument;
   }
   try {
     found->Arm(ParseReplyFault(json));
@@ -211,19 +254,19 @@ CameraSimulation::Answer CameraSimulation::ArmReplyFault(int controller, std::st
   }
 }
 
-CameraSimulation::Answer CameraSimulation::ClearReplyFaults(int controller) {
+CameraSimulation::Answer CameraSimulation::ClearReplyFaults(int instrument) {
   const std::scoped_lock lock(mMutex);
-  MotionController* const found = Controller(controller);
+  MotionController* const found = Controller(instrument);
   if (found == nullptr) {
-    return Answer::kNoController;
+    return Answer::kNoInstrument;
   }
   found->ClearFaults();
   return Answer::kDone;
 }
 
-unsigned long long CameraSimulation::Lines(int controller) {
+unsigned long long CameraSimulation::Lines(int instrument) {
   const std::scoped_lock lock(mMutex);
-  const MotionController* const found = Controller(controller);
+  const MotionController* const found = Controller(instrument);
   return found == nullptr ? 0 : found->LineCount();
 }
 

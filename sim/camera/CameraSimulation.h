@@ -1,4 +1,5 @@
-// The simulated camera: one I2C bus with the scenario's motion controller at address 0x58, and a detector. Behind the
+// The simulated camera: one I2C bus with the scenario's motion controller at address 0x58 and its older instrument at
+// the addresses of that, and a detector. Behind the
 // entry points in TivanEntryPoints.cpp, which add nothing but the C face. Every operation locks: a bus carries one
 // transfer at a time, and a transfer that waits for a motion keeps the bus.
 #pragma once
@@ -16,6 +17,7 @@
 #include "controller/MotionController.h"
 #include "controller/Scenario.h"
 #include "controller/SimulationLog.h"
+#include "legacy/LegacyInstrument.h"
 
 namespace corvane::sim {
 
@@ -42,24 +44,27 @@ class CameraSimulation {
   /// 0xB1 and zeros to a burst of sixteen or more, which is how hosts look for a controller). Waits for a reply that
   /// is on its way.
   unsigned int BurstRead(std::uint8_t address, std::span<std::uint8_t> bytes);
-  /// Register transfers: no device on the bus takes them.
-  unsigned int RegisterTransfer(std::uint8_t address, std::string_view operation);
+  /// Only an older instrument takes register transfers.
+  unsigned int Write(std::uint8_t address, std::uint8_t reg, std::uint8_t value);
+  unsigned int Read(std::uint8_t address, std::uint8_t reg, std::uint8_t& value);
   unsigned int GetDetector(int& xPixels, int& yPixels);
   unsigned int GetPixelSize(float& width, float& height);
 
-  // What TivanSimulation.h offers beyond.
+  // What TivanSimulation.h offers beyond. Instruments are numbered as there.
 
   bool IsInitialized();
-  bool KeepsState(int controller);
+  bool KeepsState(int instrument);
   int NumberUsb();
 
-  enum class Answer { kDone, kNoController, kOutOfRange };
-  Answer TrueWavelength(int controller, double pixel, double& nanometres);
-  Answer TrueCentre(int controller, double& nanometres);
-  Answer Peek(int controller, int address, std::uint8_t& value);
-  Answer ArmReplyFault(int controller, std::string_view json);
-  Answer ClearReplyFaults(int controller);
-  unsigned long long Lines(int controller);
+  enum class Answer { kDone, kNoInstrument, kOutOfRange };
+  Answer TrueWavelength(int instrument, double pixel, double& nanometres);
+  Answer TrueCentre(int instrument, double& nanometres);
+  Answer Peek(int instrument, int address, std::uint8_t& value);
+  Answer ArmReplyFault(int instrument, std::string_view json);
+  Answer ClearReplyFaults(int instrument);
+  unsigned long long Lines(int instrument);
+  /// Of an older instrument; empty for any other.
+  std::string State(int instrument);
   std::string Log();
   unsigned long long Operations();
   void ArmFault(const TransportFault& fault);
@@ -77,12 +82,16 @@ class CameraSimulation {
                    unsigned int status);
   bool Hits(const ArmedFault& armed) const;
   void AwaitOutput();
-  MotionController* Controller(int controller);
+  MotionController* Controller(int instrument);
+  const LegacyInstrument* Legacy(int instrument) const;
+  template <typename Ask>
+  Answer Truth(int instrument, double& nanometres, const Ask& ask);
 
   std::mutex mMutex;
   std::optional<Scenario> mScenario;
   std::unique_ptr<SimulationLog> mLog;
   std::unique_ptr<MotionController> mController;
+  std::unique_ptr<LegacyInstrument> mLegacy;
   bool mInitialized = false;
   unsigned long long mOperations = 0;
   std::vector<ArmedFault> mScenarioFaults;

@@ -40,6 +40,20 @@ int Extra(const Operation& operation) {
                       [&] { return static_cast<int>(operation()); });
 }
 
+/// Copies what fits; the length of the whole.
+template <typename Operation>
+size_t Text(char* text, size_t length, const Operation& operation) {
+  return Guarded<size_t>(0, [&] {
+    const std::string whole = operation();
+    if (text != nullptr && length > 0) {
+      const size_t count = std::min(length - 1, whole.size());
+      std::copy_n(whole.data(), count, text);
+      text[count] = '\0';
+    }
+    return whole.size();
+  });
+}
+
 constexpr int kOutOfRange = static_cast<int>(CameraSimulation::Answer::kOutOfRange);
 
 }  // namespace
@@ -70,15 +84,15 @@ TIVAN_API unsigned int I2CBurstRead(unsigned char address, long count, unsigned 
   return Status([&] { return Camera().BurstRead(address, {data, static_cast<std::size_t>(count)}); });
 }
 
-TIVAN_API unsigned int I2CWrite(unsigned char address, unsigned char /*reg*/, unsigned char /*data*/) {
-  return Status([&] { return Camera().RegisterTransfer(address, "write-register"); });
+TIVAN_API unsigned int I2CWrite(unsigned char address, unsigned char reg, unsigned char data) {
+  return Status([&] { return Camera().Write(address, reg, data); });
 }
 
-TIVAN_API unsigned int I2CRead(unsigned char address, unsigned char /*reg*/, unsigned char* data) {
+TIVAN_API unsigned int I2CRead(unsigned char address, unsigned char reg, unsigned char* data) {
   if (data == nullptr) {
     return corvane::sim::kTivanBadParameter;
   }
-  return Status([&] { return Camera().RegisterTransfer(address, "read-register"); });
+  return Status([&] { return Camera().Read(address, reg, *data); });
 }
 
 TIVAN_API unsigned int GetDetector(int* xPixels, int* yPixels) {
@@ -99,41 +113,37 @@ TIVAN_API int CorvaneSimIsInitialized() {
   return Guarded<int>(0, [] { return static_cast<int>(Camera().IsInitialized()); });
 }
 
-TIVAN_API int CorvaneSimKeepsState(int controller) {
-  return Guarded<int>(0, [&] { return static_cast<int>(Camera().KeepsState(controller)); });
+TIVAN_API int CorvaneSimKeepsState(int instrument) {
+  return Guarded<int>(0, [&] { return static_cast<int>(Camera().KeepsState(instrument)); });
 }
 
 TIVAN_API int CorvaneSimNumberUsb() {
   return Guarded<int>(0, [] { return Camera().NumberUsb(); });
 }
 
-TIVAN_API int CorvaneSimTrueWavelength(int controller, double pixel, double* nanometres) {
+TIVAN_API int CorvaneSimTrueWavelength(int instrument, double pixel, double* nanometres) {
   return nanometres == nullptr ? kOutOfRange
-                               : Extra([&] { return Camera().TrueWavelength(controller, pixel, *nanometres); });
+                               : Extra([&] { return Camera().TrueWavelength(instrument, pixel, *nanometres); });
 }
 
-TIVAN_API int CorvaneSimTrueCentre(int controller, double* nanometres) {
-  return nanometres == nullptr ? kOutOfRange : Extra([&] { return Camera().TrueCentre(controller, *nanometres); });
+TIVAN_API int CorvaneSimTrueCentre(int instrument, double* nanometres) {
+  return nanometres == nullptr ? kOutOfRange : Extra([&] { return Camera().TrueCentre(instrument, *nanometres); });
 }
 
-TIVAN_API int CorvaneSimPeek(int controller, int address, unsigned char* value) {
-  return value == nullptr ? kOutOfRange : Extra([&] { return Camera().Peek(controller, address, *value); });
+TIVAN_API int CorvaneSimPeek(int instrument, int address, unsigned char* value) {
+  return value == nullptr ? kOutOfRange : Extra([&] { return Camera().Peek(instrument, address, *value); });
+}
+
+TIVAN_API size_t CorvaneSimState(int instrument, char* text, size_t length) {
+  return Text(text, length, [&] { return Camera().State(instrument); });
 }
 
 TIVAN_API size_t CorvaneSimLog(char* text, size_t length) {
-  return Guarded<size_t>(0, [&] {
-    const std::string log = Camera().Log();
-    if (text != nullptr && length > 0) {
-      const size_t count = std::min(length - 1, log.size());
-      std::copy_n(log.data(), count, text);
-      text[count] = '\0';
-    }
-    return log.size();
-  });
+  return Text(text, length, [] { return Camera().Log(); });
 }
 
-TIVAN_API unsigned long long CorvaneSimLines(int controller) {
-  return Guarded<unsigned long long>(0, [&] { return Camera().Lines(controller); });
+TIVAN_API unsigned long long CorvaneSimLines(int instrument) {
+  return Guarded<unsigned long long>(0, [&] { return Camera().Lines(instrument); });
 }
 
 TIVAN_API unsigned long long CorvaneSimOperations() {
@@ -151,10 +161,10 @@ TIVAN_API unsigned long long CorvaneSimFaultHits() {
   return Guarded<unsigned long long>(0, [] { return Camera().FaultHits(); });
 }
 
-TIVAN_API int CorvaneSimArmReplyFault(int controller, const char* json) {
-  return json == nullptr ? kOutOfRange : Extra([&] { return Camera().ArmReplyFault(controller, json); });
+TIVAN_API int CorvaneSimArmReplyFault(int instrument, const char* json) {
+  return json == nullptr ? kOutOfRange : Extra([&] { return Camera().ArmReplyFault(instrument, json); });
 }
 
-TIVAN_API int CorvaneSimClearReplyFaults(int controller) {
-  return Extra([&] { return Camera().ClearReplyFaults(controller); });
+TIVAN_API int CorvaneSimClearReplyFaults(int instrument) {
+  return Extra([&] { return Camera().ClearReplyFaults(instrument); });
 }
