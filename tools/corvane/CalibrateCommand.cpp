@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <iostream>
-#include <memory>
 
 #include "Commands.h"
 #include "Failure.h"
@@ -10,16 +10,6 @@
 #include "Session.h"
 
 namespace {
-
-struct CalibrateOptions {
-  std::string format = "text";
-  float centre = -1.0F;
-  int pixels = 0;
-  float pixelWidth = 0.0F;
-  std::vector<int> range;
-  std::vector<int> only;
-  bool truth = false;
-};
 
 struct Calibration {
   float centre = 0;
@@ -100,11 +90,14 @@ std::string Polynomial(const float (&coefficients)[4]) {
   return text;
 }
 
+/// The wavelength that really falls on a pixel; empty where nobody is asked.
+using Truth = std::function<double(int pixel)>;
+
 float At(const Calibration& calibration, int pixel) {
   return calibration.wavelengths[static_cast<std::size_t>(pixel) - 1];
 }
 
-void PrintText(const Calibration& calibration, const std::vector<int>& pixels, const Simulation* truth) {
+void PrintText(const Calibration& calibration, const std::vector<int>& pixels, const Truth& truth) {
   PrintField("centre", Shortest(calibration.centre) + " nm, grating " + std::to_string(calibration.grating));
   PrintField("detector", std::to_string(calibration.pixels) + " pixels of " + Shortest(calibration.pixelWidth) + " um");
   PrintField("nm at pixel p", Polynomial(calibration.coefficients));
@@ -117,25 +110,25 @@ void PrintText(const Calibration& calibration, const std::vector<int>& pixels, c
     const double wavelength = static_cast<double>(At(calibration, pixel));
     rows.push_back({std::to_string(pixel), Fixed(wavelength, 4)});
     if (truth != nullptr) {
-      const double real = truth->TrueWavelength(pixel);
+      const double real = truth(pixel);
       rows.back().insert(rows.back().end(), {Fixed(real, 4), Fixed(wavelength - real, 5)});
     }
   }
   PrintTable(rows);
 }
 
-void PrintCsv(const Calibration& calibration, const std::vector<int>& pixels, const Simulation* truth) {
+void PrintCsv(const Calibration& calibration, const std::vector<int>& pixels, const Truth& truth) {
   std::cout << (truth == nullptr ? "pixel,nm\n" : "pixel,nm,true_nm\n");
   for (const int pixel : pixels) {
     std::cout << pixel << ',' << Shortest(At(calibration, pixel));
     if (truth != nullptr) {
-      std::cout << ',' << Fixed(truth->TrueWavelength(pixel), 6);
+      std::cout << ',' << Fixed(truth(pixel), 6);
     }
     std::cout << '\n';
   }
 }
 
-void PrintJson(const Calibration& calibration, const std::vector<int>& pixels, const Simulation* truth) {
+void PrintJson(const Calibration& calibration, const std::vector<int>& pixels, const Truth& truth) {
   Json json = {{"centre", Plain(calibration.centre)}, {"grating", calibration.grating},
                {"pixels", calibration.pixels},        {"pixelWidth", Plain(calibration.pixelWidth)},
                {"coefficients", Json::array()},       {"calibration", Json::array()}};
@@ -145,12 +138,14 @@ void PrintJson(const Calibration& calibration, const std::vector<int>& pixels, c
   for (const int pixel : pixels) {
     Json entry = {{"pixel", pixel}, {"nm", Plain(At(calibration, pixel))}};
     if (truth != nullptr) {
-      entry["true"] = truth->TrueWavelength(pixel);
+      entry["true"] = truth(pixel);
     }
     json["calibration"].push_back(entry);
   }
   Print(json);
 }
+
+}  // namespace
 
 void RunCalibrate(const Options& options, const CalibrateOptions& wanted) {
   const Session session(options);
@@ -161,7 +156,10 @@ void RunCalibrate(const Options& options, const CalibrateOptions& wanted) {
   Prepare(device, wanted);
   const Calibration calibration = Calibrate(device);
   const std::vector<int> pixels = Chosen(wanted, calibration.pixels);
-  const Simulation* const truth = wanted.truth ? session.Simulated() : nullptr;
+  Truth truth;
+  if (wanted.truth) {
+    truth = [&session, device](int pixel) { return session.Simulated()->TrueWavelength(device, pixel); };
+  }
   if (session.Json() || wanted.format == "json") {
     PrintJson(calibration, pixels, truth);
   } else if (wanted.format == "csv") {
@@ -169,26 +167,4 @@ void RunCalibrate(const Options& options, const CalibrateOptions& wanted) {
   } else {
     PrintText(calibration, pixels, truth);
   }
-}
-
-}  // namespace
-
-void AddCalibrateCommand(CLI::App& app, const Options& options) {
-  CLI::App* const calibrate = app.add_subcommand("calibrate", "Give a wavelength to every detector pixel");
-  const auto wanted = std::make_shared<CalibrateOptions>();
-  calibrate->add_option("--format", wanted->format, "text (an overview), csv or json")
-      ->check(CLI::IsMember({"text", "csv", "json"}));
-  calibrate->add_flag_callback(
-      "--csv", [wanted] { wanted->format = "csv"; }, "The same as --format csv");
-  calibrate->add_option("--centre,--center", wanted->centre, "Move to this wavelength (nm) first")
-      ->check(CLI::NonNegativeNumber);
-  calibrate->add_option("--pixels", wanted->pixels, "Pixels of the detector, where no camera tells")
-      ->check(CLI::PositiveNumber);
-  calibrate->add_option("--pixel-width", wanted->pixelWidth, "Width of a pixel in um, where no camera tells")
-      ->check(CLI::PositiveNumber);
-  CLI::Option* const range =
-      calibrate->add_option("--range", wanted->range, "First and last pixel to show, from 1")->expected(2);
-  calibrate->add_option("--pixel", wanted->only, "Show these pixels only")->delimiter(',')->excludes(range);
-  calibrate->add_flag("--truth", wanted->truth, "Beside it, where the light of the simulated instrument really falls");
-  calibrate->callback([&options, wanted] { RunCalibrate(options, *wanted); });
 }

@@ -1,12 +1,27 @@
-// The subcommands. Each Add function registers one with its options; its callback runs the command and throws Failure.
+// What the subcommands do. Each throws Failure; how their words and options are written is in CommandLine.cpp.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 #include "Options.h"
 
-void AddListCommand(CLI::App& app, const Options& options);
-void AddInfoCommand(CLI::App& app, const Options& options);
-void AddGetCommand(CLI::App& app, const Options& options);
-void AddSetCommand(CLI::App& app, const Options& options);
-void AddCalibrateCommand(CLI::App& app, const Options& options);
+/// The words of get, set and home: property, index where there are several, value for set.
+using Words = std::vector<std::string>;
+
+struct CalibrateOptions {
+  std::string format = "text";
+  float centre = -1.0F;
+  int pixels = 0;
+  float pixelWidth = 0.0F;
+  std::vector<int> range;
+  std::vector<int> only;
+  bool truth = false;
+};
+
+void RunList(const Options& options);
+void RunInfo(const Options& options);
+void RunGet(const Options& options, const Words& words);
+void RunSet(const Options& options, const Words& words);
+void RunHome(const Options& options, const Words& words);
+void RunCalibrate(const Options& options, const CalibrateOptions& wanted);

@@ -1,5 +1,4 @@
 #include <iostream>
-#include <memory>
 
 #include "Commands.h"
 #include "Failure.h"
@@ -8,23 +7,6 @@
 #include "Session.h"
 
 namespace {
-
-std::string Text(const Json& value) {
-  if (value.is_string()) {
-    return value.get<std::string>();
-  }
-  if (value.is_boolean()) {
-    return value.get<bool>() ? "on" : "off";
-  }
-  std::string text;
-  if (value.is_structured()) {
-    for (const auto& item : value.items()) {
-      text += (text.empty() ? "" : ", ") + (value.is_object() ? item.key() + " " : "") + item.value().dump();
-    }
-    return text;
-  }
-  return value.dump();
-}
 
 /// Everything that the instrument has; what it has but cannot tell is null.
 Json ReadAll(int device) {
@@ -45,7 +27,9 @@ Json ReadAll(int device) {
   return all;
 }
 
-void RunGet(const Options& options, const std::vector<std::string>& words) {
+}  // namespace
+
+void RunGet(const Options& options, const Words& words) {
   if (words.empty()) {
     const Session session(options);
     const Json all = ReadAll(session.Device());
@@ -54,7 +38,7 @@ void RunGet(const Options& options, const std::vector<std::string>& words) {
       return;
     }
     for (const auto& item : all.items()) {
-      PrintField(item.key(), item.value().is_null() ? "cannot be read" : Text(item.value()));
+      PrintField(item.key(), item.value().is_null() ? "cannot be read" : PlainText(item.value()));
     }
     return;
   }
@@ -62,22 +46,11 @@ void RunGet(const Options& options, const std::vector<std::string>& words) {
   const Session session(options);
   const int device = session.Device();
   arguments.CheckIndex(device);
+  RequirePresent(arguments.Which(), device, arguments.Index());
   const Json value = ReadProperty(arguments.Which(), device, arguments.Index());
   if (session.Json()) {
     Print(Json{{Label(arguments.Which(), arguments.Index()), value}});
   } else {
-    std::cout << Text(value) << '\n';
+    std::cout << PlainText(value) << '\n';
   }
-}
-
-}  // namespace
-
-void AddGetCommand(CLI::App& app, const Options& options) {
-  CLI::App* const get = app.add_subcommand("get", "Read a property, or all of them");
-  const auto words = std::make_shared<std::vector<std::string>>();
-  get->add_option("property", *words, "Its name and, where it has several, which one")
-      ->expected(0, 2)
-      ->type_name("PROPERTY [INDEX]");
-  get->footer(PropertyHelp(false));
-  get->callback([&options, words] { RunGet(options, *words); });
 }

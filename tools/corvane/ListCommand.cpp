@@ -13,6 +13,8 @@ bool Answers(int device, int& gratings) {
   return CorvaneGetNumberGratings(device, &gratings) == CORVANE_SUCCESS && gratings > 0;
 }
 
+}  // namespace
+
 void RunList(const Options& options) {
   const Session session(options);
   if (session.NumberDevices() == 0) {
@@ -39,10 +41,4 @@ void RunList(const Options& options) {
     std::cerr << "corvane: an instrument that does not answer is switched off, held by another program, or not a "
                  "spectrograph behind that USB bridge\n";
   }
-}
-
-}  // namespace
-
-void AddListCommand(CLI::App& app, const Options& options) {
-  app.add_subcommand("list", "List the instruments found")->callback([&options] { RunList(options); });
 }

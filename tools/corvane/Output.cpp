@@ -38,6 +38,23 @@ std::string Fixed(double value, int decimals) {
   return isNegativeZero ? text.substr(1) : text;
 }
 
+std::string PlainText(const Json& value) {
+  if (value.is_string()) {
+    return value.get<std::string>();
+  }
+  if (value.is_boolean()) {
+    return value.get<bool>() ? "on" : "off";
+  }
+  std::string text;
+  if (value.is_structured()) {
+    for (const auto& item : value.items()) {
+      text += (text.empty() ? "" : ", ") + (value.is_object() ? item.key() + " " : "") + item.value().dump();
+    }
+    return text;
+  }
+  return value.dump();
+}
+
 void Print(const Json& json) {
   std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }

@@ -13,6 +13,9 @@ std::string Shortest(float value);
 /// A fixed number of decimals.
 std::string Fixed(double value, int decimals);
 
+/// A value for a reader: text without quotes, on and off, lists with commas.
+std::string PlainText(const Json& value);
+
 /// To stdout, indented, with a line end.
 void Print(const Json& json);
 /// To stdout; columns as wide as their widest cell, the first row being the heading. Numbers stand right.

@@ -1,12 +1,18 @@
 #include "Properties.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
+#include <vector>
 
+#include "Advice.h"
 #include "Failure.h"
 #include "Session.h"
 
 namespace {
+
+constexpr int kFilters = 6;
 
 template <typename Number>
 Number Parse(const std::string& value, const char* kind) {
@@ -94,6 +100,16 @@ void SetFloatOf(int device, int index, const std::string& value) {
 }
 
 template <auto Function>
+void Home(int device, int /*index*/) {
+  Check(Function(device));
+}
+
+template <auto Function>
+void HomeOf(int device, int index) {
+  Check(Function(device, index));
+}
+
+template <auto Function>
 bool Present(int device, int /*index*/) {
   int present = 0;
   return Function(device, &present) == CORVANE_SUCCESS && present != 0;
@@ -143,6 +159,11 @@ bool FlipperPresent(int device, int /*index*/) {
   return PresentOf<CorvaneFlipperMirrorIsPresent>(device, Flipper);
 }
 
+template <int Flipper>
+void FlipperHome(int device, int /*index*/) {
+  Check(CorvaneFlipperMirrorReset(device, Flipper));
+}
+
 Json GetFilterLabel(int device, int index) {
   std::array<char, CORVANE_FILTER_INFO_LENGTH> label{};
   Check(CorvaneGetFilterInfo(device, index, label.data()));
@@ -151,6 +172,35 @@ Json GetFilterLabel(int device, int index) {
 
 void SetFilterLabel(int device, int index, const std::string& value) {
   Check(CorvaneSetFilterInfo(device, index, value.c_str()));
+}
+
+bool SameText(const std::string& a, const std::string& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+    return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+  });
+}
+
+/// A number, or a label that only one filter has.
+void SetFilter(int device, int /*index*/, const std::string& value) {
+  std::vector<int> labelled;
+  std::string labels;
+  for (int filter = 1; filter <= kFilters; ++filter) {
+    const std::string label = GetFilterLabel(device, filter).get<std::string>();
+    labels += (labels.empty() ? "" : ", ") + std::to_string(filter) + " \"" + label + "\"";
+    if (value == std::to_string(filter)) {
+      labelled = {filter};
+      break;
+    }
+    if (SameText(value, label)) {
+      labelled.push_back(filter);
+    }
+  }
+  if (labelled.size() != 1) {
+    throw Failure(ExitCode::kUsage,
+                  (labelled.empty() ? "there is no filter \"" : "more than one filter is \"") + value + "\"",
+                  "give a number or a label: " + labels);
+  }
+  Check(CorvaneSetFilter(device, labelled[0]));
 }
 
 bool FocusPresent(int device, int index) {
@@ -185,14 +235,15 @@ void SetAccessory(int device, int index, const std::string& value) {
 
 constexpr Property kProperties[] = {
     {"serial", nullptr, 0, "serial number", GetSerial, nullptr, nullptr},
-    {"wavelength", nullptr, 0, "centre wavelength in nm", GetFloat<CorvaneGetWavelength>,
-     SetFloat<CorvaneSetWavelength>, Present<CorvaneWavelengthIsPresent>},
+    {"wavelength", nullptr, 0, "centre wavelength in nm, within the limits that info shows",
+     GetFloat<CorvaneGetWavelength>, SetFloat<CorvaneSetWavelength>, Present<CorvaneWavelengthIsPresent>,
+     Home<CorvaneWavelengthReset>},
     {"zero-order", nullptr, 0, "whether it stands at zero order", GetBool<CorvaneAtZeroOrder>, nullptr,
      Present<CorvaneWavelengthIsPresent>},
     {"limits", "grating", 0, "lowest and highest wavelength in nm", GetLimits, nullptr,
      Present<CorvaneWavelengthIsPresent>},
     {"grating", nullptr, 0, "grating in use, from 1", GetInt<CorvaneGetGrating>, SetInt<CorvaneSetGrating>,
-     Present<CorvaneGratingIsPresent>},
+     Present<CorvaneGratingIsPresent>, Home<CorvaneWavelengthReset>},
     {"gratings", nullptr, 0, "number of gratings on the turret", GetInt<CorvaneGetNumberGratings>, nullptr,
      Present<CorvaneGratingIsPresent>},
     {"turret", nullptr, 0, "mounted turret, 1 to 3", GetInt<CorvaneGetTurret>, SetInt<CorvaneSetTurret>,
@@ -204,18 +255,22 @@ constexpr Property kProperties[] = {
     {"detector-offset-side", nullptr, 0, "offset for the side exit in steps, -240000 to 240000",
      GetInt<CorvaneGetDetectorOffsetPort2>, SetInt<CorvaneSetDetectorOffsetPort2>, Present<CorvaneGratingIsPresent>},
     {"optics", nullptr, 0, "focal length in m, angular deviation and tilt in degrees", GetOptics, nullptr, nullptr},
-    {"slit", "slit", 4, "width in um; slits 1 entrance, 2 entrance side, 3 exit, 4 exit side",
-     GetFloatOf<CorvaneGetAutoSlitWidth>, SetFloatOf<CorvaneSetAutoSlitWidth>, PresentOf<CorvaneAutoSlitIsPresent>},
-    {"entrance-port", nullptr, 0, "0 direct, 1 side", GetFlipperPort<1>, SetFlipperPort<1>, FlipperPresent<1>},
-    {"exit-port", nullptr, 0, "0 direct, 1 side", GetFlipperPort<2>, SetFlipperPort<2>, FlipperPresent<2>},
-    {"filter", nullptr, 0, "filter in use, 1 to 6", GetInt<CorvaneGetFilter>, SetInt<CorvaneSetFilter>,
-     Present<CorvaneFilterIsPresent>},
-    {"filter-label", "filter", 6, "text of at most 10 characters", GetFilterLabel, SetFilterLabel,
-     Present<CorvaneFilterIsPresent>},
+    {"slit", "slit", 4,
+     "width in um, 10 to 2500 (24000 on wide slits); 1 entrance, 2 entrance side, 3 exit, 4 exit side",
+     GetFloatOf<CorvaneGetAutoSlitWidth>, SetFloatOf<CorvaneSetAutoSlitWidth>, PresentOf<CorvaneAutoSlitIsPresent>,
+     HomeOf<CorvaneAutoSlitReset>},
+    {"entrance-port", nullptr, 0, "0 direct, 1 side", GetFlipperPort<1>, SetFlipperPort<1>, FlipperPresent<1>,
+     FlipperHome<1>},
+    {"exit-port", nullptr, 0, "0 direct, 1 side", GetFlipperPort<2>, SetFlipperPort<2>, FlipperPresent<2>,
+     FlipperHome<2>},
+    {"filter", nullptr, 0, "filter in use, 1 to 6; set also takes a label", GetInt<CorvaneGetFilter>, SetFilter,
+     Present<CorvaneFilterIsPresent>, Home<CorvaneFilterReset>},
+    {"filter-label", "filter", kFilters, "text, of which an instrument keeps 10 characters (an SX 239)", GetFilterLabel,
+     SetFilterLabel, Present<CorvaneFilterIsPresent>},
     {"shutter", nullptr, 0, "mode, 0 or 1", GetInt<CorvaneGetShutter>, SetInt<CorvaneSetShutter>,
      Present<CorvaneShutterIsPresent>},
     {"focus", nullptr, 0, "position of the focus mirror in steps", GetInt<CorvaneGetFocusMirror>, SetFocus,
-     FocusPresent},
+     FocusPresent, Home<CorvaneFocusMirrorReset>},
     {"focus-travel", nullptr, 0, "highest position of the focus mirror in steps", GetInt<CorvaneGetFocusMirrorMaxSteps>,
      nullptr, FocusPresent},
     {"accessory", "line", 2, "accessory line, on or off", GetAccessory, SetAccessory,
@@ -256,18 +311,45 @@ std::string Label(const Property& property, int index) {
   return property.index == nullptr ? property.name : std::string(property.name) + " " + std::to_string(index);
 }
 
-Json ReadProperty(const Property& property, int device, int index) {
+void RequirePresent(const Property& property, int device, int index) {
+  if (IsPresent(property, device, index)) {
+    return;
+  }
+  std::string fitted;
+  for (int i = 1; property.index != nullptr && i <= Indices(property, device); ++i) {
+    if (IsPresent(property, device, i)) {
+      fitted += (fitted.empty() ? "it has " : ", ") + Label(property, i);
+    }
+  }
+  throw Failure(ExitCode::kInstrument, "the instrument has no " + Label(property, index),
+                fitted.empty() ? "corvane info lists its parts" : fitted);
+}
+
+namespace {
+
+/// Runs an entry's operation; a failure says of which property, and a refused value what is allowed.
+template <typename Operation>
+auto Named(const char* doing, const Property& property, int index, Operation operation) {
   try {
-    return property.get(device, index);
+    return operation();
   } catch (const Failure& failure) {
-    throw Failure(failure.Code(), "reading " + Label(property, index) + ": " + failure.what(), failure.Advice());
+    const bool isStatus = failure.Advice() == AdviceForStatus(CORVANE_P2_INVALID);
+    throw Failure(failure.Code(), doing + Label(property, index) + ": " + failure.what(),
+                  isStatus ? "the value is out of range; " + std::string(property.name) + ": " + property.help
+                           : failure.Advice());
   }
 }
 
+}  // namespace
+
+Json ReadProperty(const Property& property, int device, int index) {
+  return Named("reading ", property, index, [&] { return property.get(device, index); });
+}
+
 void WriteProperty(const Property& property, int device, int index, const std::string& value) {
-  try {
-    property.set(device, index, value);
-  } catch (const Failure& failure) {
-    throw Failure(failure.Code(), "setting " + Label(property, index) + ": " + failure.what(), failure.Advice());
-  }
+  Named("setting ", property, index, [&] { property.set(device, index, value); });
+}
+
+void HomeProperty(const Property& property, int device, int index) {
+  Named("homing ", property, index, [&] { property.home(device, index); });
 }

@@ -7,8 +7,7 @@
 PropertyArguments::PropertyArguments(const std::vector<std::string>& words, std::size_t values)
     : mProperty(FindProperty(words[0])) {
   if (mProperty == nullptr) {
-    throw Failure(ExitCode::kUsage, "there is no property \"" + words[0] + "\"",
-                  values == 0 ? "corvane get --help lists them" : "corvane set --help lists them");
+    throw Failure(ExitCode::kUsage, "there is no property \"" + words[0] + "\"", "corvane get --help lists them");
   }
   const std::size_t indices = mProperty->index == nullptr ? 0 : 1;
   if (words.size() != 1 + indices + values) {
@@ -38,11 +37,11 @@ void PropertyArguments::CheckIndex(int device) const {
   }
 }
 
-std::string PropertyHelp(bool settable) {
+std::string PropertyHelp(bool (*listed)(const Property&)) {
   constexpr std::size_t kWidth = 30;
   std::string text = "Properties:\n";
   for (const Property& property : Properties()) {
-    if (settable && property.set == nullptr) {
+    if (!listed(property)) {
       continue;
     }
     std::string name = std::string("  ") + property.name;

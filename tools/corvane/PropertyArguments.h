@@ -25,5 +25,5 @@ class PropertyArguments {
   std::string mValue;
 };
 
-/// The table for a help text; only what can be set, or all.
-std::string PropertyHelp(bool settable);
+/// The table for a help text, of the properties that `listed` wants.
+std::string PropertyHelp(bool (*listed)(const Property&));

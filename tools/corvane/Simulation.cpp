@@ -110,22 +110,27 @@ void Simulation::CheckInUse() const {
   }
 }
 
-bool Simulation::KeepsState() const {
-  return Resolve<decltype(&CorvaneSimKeepsState)>("CorvaneSimKeepsState")(0) != 0;
+bool Simulation::KeepsState(int device) const {
+  return Resolve<decltype(&CorvaneSimKeepsState)>("CorvaneSimKeepsState")(device) != 0;
 }
 
 int Simulation::NumberOnBus() const {
+  const auto peek = Resolve<decltype(&CorvaneSimPeek)>("CorvaneSimPeek");
   unsigned char byte = 0;
-  return Resolve<decltype(&CorvaneSimPeek)>("CorvaneSimPeek")(0, 1, &byte) == 0 ? 1 : 0;
+  int number = 0;
+  while (peek(number, 1, &byte) == 0) {
+    ++number;
+  }
+  return number;
 }
 
 int Simulation::NumberUsb() const {
   return Resolve<decltype(&CorvaneSimNumberUsb)>("CorvaneSimNumberUsb")();
 }
 
-double Simulation::TrueWavelength(int pixel) const {
+double Simulation::TrueWavelength(int device, int pixel) const {
   double nanometres = 0;
-  if (Resolve<decltype(&CorvaneSimTrueWavelength)>("CorvaneSimTrueWavelength")(0, pixel, &nanometres) != 0) {
+  if (Resolve<decltype(&CorvaneSimTrueWavelength)>("CorvaneSimTrueWavelength")(device, pixel, &nanometres) != 0) {
     throw Failure(ExitCode::kSimulation, "the simulated instrument puts no light on pixel " + std::to_string(pixel));
   }
   return nanometres;

@@ -19,13 +19,14 @@ class Simulation {
   /// another camera SDK than the simulated one.
   void CheckInUse() const;
 
-  bool KeepsState() const;
+  /// device: as the library lists it.
+  bool KeepsState(int device) const;
   /// Instruments on the simulated I2C bus.
   int NumberOnBus() const;
   /// Instruments of the scenario that need a virtual USB bus, which this program has not.
   int NumberUsb() const;
   /// Wavelength in nm that truly falls on a pixel (from 1). Throws Failure when there is none.
-  double TrueWavelength(int pixel) const;
+  double TrueWavelength(int device, int pixel) const;
 
  private:
   struct CloseLibrary {
