@@ -3,89 +3,149 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <iterator>
 #include <set>
-
-#include "api/CorvaneCIF.h"
+#include <thread>
 
 namespace {
 
-constexpr int kPixels = 1024;
-constexpr float kUntouched = -7.0F;
-constexpr int kUntouchedInt = -7;
+constexpr const char* kDescriptors = "/proc/self/fd";
+constexpr const char* kThreads = "/proc/self/task";
 
-int Entries(const char* folder) {
-  return static_cast<int>(
-      std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()));
+std::ptrdiff_t Entries(const char* folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
 }
 
-class Run {
- public:
-  explicit Run(SessionResult& result) : mResult(result) {}
-
-  bool Call(const std::string& name, unsigned int status) {
-    static const std::set<unsigned int> kDefined = {CORVANE_COMMUNICATION_ERROR, CORVANE_SUCCESS, CORVANE_P1_INVALID,
-                                                    CORVANE_P2_INVALID, CORVANE_NOT_INITIALIZED};
-    EXPECT_TRUE(kDefined.count(status) == 1) << name << " answered " << status;
-    mResult.calls.emplace_back(name, status);
-    return status == CORVANE_SUCCESS;
+/// Whether a folder of /proc/self comes to a number of entries; the virtual bus announces a chip over a socket that is
+/// open for a moment.
+bool SettlesAt(const char* folder, std::ptrdiff_t expected) {
+  bool settled = false;
+  for (int i = 0; i < 1000 && !settled; ++i) {
+    settled = Entries(folder) == expected;
+    std::this_thread::sleep_for(std::chrono::milliseconds(settled ? 0 : 1));
   }
+  return settled;
+}
 
- private:
-  SessionResult& mResult;
-};
+bool Begins(const std::string& call, const char* function) {
+  return call.rfind(function, 0) == 0;
+}
 
-void Drive(Run& run, SessionResult& result) {
-  run.Call("SetPixelWidth", CorvaneSetPixelWidth(0, 13.5F));
-  run.Call("SetNumberPixels", CorvaneSetNumberPixels(0, kPixels));
-  run.Call("SetGrating", CorvaneSetGrating(0, 2));
-  run.Call("SetWavelength", CorvaneSetWavelength(0, 550.0F));
+/// Whether a part counts as not fitted when the list of parts cannot be had; its functions then answer that, and no
+/// failure.
+bool AnswersWithoutPart(const std::string& call) {
+  constexpr const char* kSilent[] = {"CorvaneGetFilter(", "CorvaneGetFocusMirror(", "CorvaneGetFocusMirrorMaxSteps("};
+  return call.find("IsPresent") != std::string::npos ||
+         std::any_of(std::begin(kSilent), std::end(kSilent), [&](const char* name) { return Begins(call, name); });
+}
 
-  // The one output that a failure writes; it writes 0.
-  result.wavelength = kUntouched;
-  if (!run.Call("GetWavelength", CorvaneGetWavelength(0, &result.wavelength)) && result.wavelength != kUntouched) {
-    EXPECT_EQ(result.wavelength, 0.0F);
+/// The travel of the focus mirror is read without a guard: what that throws reaches the caller.
+unsigned int Run(const ExportedCall& call, Outputs& out) {
+  try {
+    return call.run(0, out);
+  } catch (...) {
+    EXPECT_TRUE(Begins(call.text, "CorvaneSetFocusMirror")) << call.text;
+    return CORVANE_COMMUNICATION_ERROR;
   }
-  run.Call("SetGratingOffset", CorvaneSetGratingOffset(0, 2, 15));
-  result.offset = kUntouchedInt;
-  if (!run.Call("GetGratingOffset", CorvaneGetGratingOffset(0, 2, &result.offset))) {
-    EXPECT_EQ(result.offset, kUntouchedInt);
+}
+
+SessionResult::Answer AnswerOf(const ExportedFunction& function) {
+  static const std::set<unsigned int> kDefined = {CORVANE_COMMUNICATION_ERROR, CORVANE_SUCCESS,
+                                                  CORVANE_P1_INVALID,          CORVANE_P2_INVALID,
+                                                  CORVANE_NOT_INITIALIZED,     CORVANE_NO_LEGACY_DRIVER};
+  const ExportedCall& call = function.call;
+  SessionResult::Answer answer{call.text, 0, {}};
+  answer.status = Run(call, answer.out);
+  EXPECT_EQ(kDefined.count(answer.status), 1U) << call.text << " answered " << answer.status;
+  if (answer.status != CORVANE_SUCCESS) {
+    Outputs rest = answer.out;
+    if (function.clearsFirst || (Begins(call.text, "CorvaneGetWavelength(") && rest.floats[0] == 0.0F)) {
+      rest.ints[0] = Outputs::kInt;
+      rest.floats[0] = Outputs::kFloat;
+    }
+    EXPECT_TRUE(rest.Untouched()) << call.text << " failed and wrote";
   }
-  result.calibration.assign(kPixels, kUntouched);
-  if (!run.Call("GetCalibration", CorvaneGetCalibration(0, result.calibration.data(), kPixels))) {
-    EXPECT_EQ(std::count(result.calibration.begin(), result.calibration.end(), kUntouched), kPixels);
+  return answer;
+}
+
+std::uint64_t NextFault(std::uint64_t operation, const SessionResult& baseline, const Strides& strides) {
+  constexpr std::uint64_t kEnds = 30;
+  if (operation < kEnds || (operation >= baseline.driven && operation < baseline.driven + kEnds)) {
+    return operation + 1;
   }
+  if (operation < baseline.opened) {
+    return std::min(operation + strides.record, baseline.opened);
+  }
+  return operation + (operation < baseline.driven ? strides.driving : strides.record);
 }
 
 }  // namespace
 
-bool SessionResult::AllSucceeded() const {
-  return found &&
-         std::all_of(calls.begin(), calls.end(), [](const auto& call) { return call.second == CORVANE_SUCCESS; });
+int SessionResult::Failures() const {
+  return static_cast<int>(std::count_if(answers.begin(), answers.end(),
+                                        [](const Answer& answer) { return answer.status != CORVANE_SUCCESS; }));
 }
 
-bool SessionResult::SameResults(const SessionResult& other) const {
-  return wavelength == other.wavelength && calibration == other.calibration && offset == other.offset;
+bool SessionResult::SameStatuses(const SessionResult& other) const {
+  return found == other.found && std::equal(answers.begin(), answers.end(), other.answers.begin(), other.answers.end(),
+                                            [](const Answer& a, const Answer& b) { return a.status == b.status; });
 }
 
-SessionResult RunSession(const std::string& directory) {
+std::string SessionResult::Difference(const SessionResult& other) const {
+  const auto differs = [](const Answer& a, const Answer& b) {
+    return !(a.out == b.out) && !AnswersWithoutPart(a.call);
+  };
+  for (std::size_t i = 0; i < answers.size(); ++i) {
+    if (differs(answers[i], other.answers.at(i))) {
+      return answers[i].call;
+    }
+  }
+  return "";
+}
+
+const std::vector<ExportedFunction>& ControllerSession() {
+  static const std::vector<ExportedFunction> calls = [] {
+    std::vector<ExportedFunction> all = {{CALL(CorvaneSetFlipperMirror(d, 1, 1))},
+                                         {CALL(CorvaneGetFlipperMirror(d, 1, &o.ints[0]))}};
+    all.insert(all.end(), EveryDeviceFunction().begin(), EveryDeviceFunction().end());
+    return all;
+  }();
+  return calls;
+}
+
+SessionResult RunSession(const std::string& directory, const std::vector<ExportedFunction>& calls,
+                         const std::function<std::uint64_t()>& operations) {
   SessionResult result;
-  Run run(result);
   std::string path = directory;
-  run.Call("Initialize", CorvaneInitialize(path.data()));
+  CorvaneInitialize(path.data());
   int count = 0;
-  run.Call("GetNumberDevices", CorvaneGetNumberDevices(&count));
+  CorvaneGetNumberDevices(&count);
   result.found = count > 0;
-  Drive(run, result);
-  EXPECT_TRUE(run.Call("Close", CorvaneClose()));
+  result.opened = operations();
+  for (const ExportedFunction& function : calls) {
+    result.answers.push_back(AnswerOf(function));
+  }
+  result.driven = operations();
+  EXPECT_EQ(CorvaneClose(), CORVANE_SUCCESS);
   return result;
 }
 
-int OpenDescriptors() {
-  return Entries("/proc/self/fd");
-}
-
-int Threads() {
-  return Entries("/proc/self/task");
+void Sweep(const SessionResult& baseline, std::uint64_t operations, const Strides& strides,
+           const std::function<void(std::uint64_t)>& runWithFaultAt, const std::function<SessionResult()>& run) {
+  const std::ptrdiff_t descriptors = Entries(kDescriptors);
+  const std::ptrdiff_t threads = Entries(kThreads);
+  for (std::uint64_t n = 1; n <= operations; n = NextFault(n, baseline, strides)) {
+    SCOPED_TRACE("operation " + std::to_string(n) + " of " + std::to_string(operations));
+    runWithFaultAt(n);
+    EXPECT_TRUE(SettlesAt(kDescriptors, descriptors));
+    EXPECT_TRUE(SettlesAt(kThreads, threads));
+    if (testing::Test::HasFailure()) {
+      return;
+    }
+  }
+  const SessionResult after = run();
+  EXPECT_TRUE(after.SameStatuses(baseline));
+  EXPECT_EQ(after.Difference(baseline), "");
 }

@@ -1,26 +1,53 @@
-// An ordinary session (initialise, move, calibrate, close) that is run again and again with one transfer failing, and
-// the rules that hold after each run whatever failed. Links the library's objects and not the shared library, so that
-// the pauses between reply lines cost nothing.
+// An ordinary session (initialise, exported functions, close) that is run again and again with one transfer failing,
+// and the rules that hold after each run whatever failed. Links the library's objects and not the shared library, so
+// that the pauses between reply lines cost nothing.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
-struct SessionResult {
-  bool found = false;
-  /// Status of every call in order, under its name.
-  std::vector<std::pair<std::string, unsigned int>> calls;
-  float wavelength = 0;
-  std::vector<float> calibration;
-  int offset = 0;
+#include "system/EveryFunction.h"
 
-  bool AllSucceeded() const;
-  bool SameResults(const SessionResult& other) const;
+struct SessionResult {
+  struct Answer {
+    std::string call;
+    unsigned int status;
+    Outputs out;
+  };
+  bool found = false;
+  /// Of every call in order.
+  std::vector<Answer> answers;
+  /// Operations before the first and after the last of them.
+  std::uint64_t opened = 0;
+  std::uint64_t driven = 0;
+
+  /// Calls that did not succeed.
+  int Failures() const;
+  /// Every call answered as in the other session.
+  bool SameStatuses(const SessionResult& other) const;
+  /// The first call that reports something else, though its status does not say why; empty when there is none.
+  std::string Difference(const SessionResult& other) const;
 };
 
-/// Runs a session. Fails the running test when a status is not a defined one or a failing call wrote an output.
-SessionResult RunSession(const std::string& directory);
+/// Every exported function. Of these the shutter's five and the coefficients' four fail on every controller, the
+/// entrance mirror's two and the accessory lines' two on an SX.
+const std::vector<ExportedFunction>& ControllerSession();
 
-/// Descriptors that this process has open, and its threads.
-int OpenDescriptors();
-int Threads();
+/// Runs a session. Fails the running test when a status is not a defined one or a failing call wrote an output.
+/// operations counts what can fail.
+SessionResult RunSession(const std::string& directory, const std::vector<ExportedFunction>& calls,
+                         const std::function<std::uint64_t()>& operations);
+
+/// Operations from one fault to the next, by phase. Opening and closing repeat themselves some hundred times for the
+/// record: behind their first operations a prime meets every kind.
+struct Strides {
+  std::uint64_t record;
+  std::uint64_t driving;
+};
+
+/// Runs sessions with a fault at operations 1 to the last, and a sound one at the end, which must be as the baseline.
+/// None may leave a descriptor or a thread behind. Ends at the first failure.
+void Sweep(const SessionResult& baseline, std::uint64_t operations, const Strides& strides,
+           const std::function<void(std::uint64_t)>& runWithFaultAt, const std::function<SessionResult()>& run);

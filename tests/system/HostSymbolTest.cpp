@@ -18,11 +18,6 @@ unsigned int CorvaneGetGrating(int /*device*/, int* /*grating*/) {
   return CORVANE_COMMUNICATION_ERROR;
 }
 
-unsigned int CorvaneGetNumberGratings(int /*device*/, int* /*count*/) {
-  ++gCalls;
-  return CORVANE_COMMUNICATION_ERROR;
-}
-
 FT_STATUS FT_CreateDeviceInfoList(LPDWORD /*count*/) {
   ++gCalls;
   return FT_OTHER_ERROR;

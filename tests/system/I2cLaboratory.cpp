@@ -55,7 +55,6 @@ class I2cLaboratory final : public Laboratory {
   void ArmReplyFault(const nlohmann::json& fault) override {
     Check(mSimulation.ArmReplyFault(0, fault.dump().c_str()));
   }
-  void ClearReplyFaults() override { Check(mSimulation.ClearReplyFaults(0)); }
   int OpeningLines() const override { return 2; }
   bool HasDetector() const override { return true; }
 

@@ -23,7 +23,6 @@ class Laboratory {
   virtual double TrueCentre() const = 0;
   /// A reply fault as in a scenario's "faults" list.
   virtual void ArmReplyFault(const nlohmann::json& fault) = 0;
-  virtual void ClearReplyFaults() = 0;
   /// Lines that opening costs beyond the record and the hardware's own question.
   virtual int OpeningLines() const = 0;
   /// Whether the library can ask a camera for the detector's geometry.

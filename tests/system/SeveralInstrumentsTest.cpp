@@ -1,5 +1,5 @@
-// Several instruments at once, on USB and behind the camera: their order, which of them can be driven, and what foreign
-// bridges cost.
+// Several instruments at once, on USB and behind the camera: their order, which of them can be driven whatever becomes
+// of the others, and what foreign bridges cost.
 #include <CorvaneCIF.h>
 #include <dlfcn.h>
 #include <ftd2xx.h>
@@ -9,6 +9,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -16,13 +17,17 @@
 #include "bridge/VirtualUsbBus.h"
 #include "controller/MotionController.h"
 #include "controller/Scenario.h"
+#include "support/LegacyLaboratory.h"
 #include "support/LockedPeer.h"
-#include "support/TemporaryDirectory.h"
 
 using corvane::sim::InstrumentDescription;
 using corvane::sim::MotionController;
+using nlohmann::json;
 
 namespace {
+
+/// Loaded by its path it answers to its name from then on.
+void* const gSimulatedSdk = dlopen(CORVANE_SIMULATED_SDK, RTLD_NOW);
 
 /// A controller instrument behind a bridge of its own.
 struct UsbInstrument {
@@ -33,8 +38,6 @@ struct UsbInstrument {
 
 class SeveralInstruments : public testing::Test {
  protected:
-  // Once loaded the simulated camera SDK stays; this scenario has no instrument behind the camera.
-  void SetUp() override { mFolder.Write("corvane-sim.json", "{}"); }
   void TearDown() override { CorvaneClose(); }
 
   BridgeChip& PlugInstrument(const std::string& serial, const std::string& maker = "Tivan") {
@@ -55,42 +58,48 @@ class SeveralInstruments : public testing::Test {
     return mBus.Plug(options, {peer});
   }
 
-  /// Number of devices found.
-  int Initialize() {
-    EXPECT_EQ(CorvaneInitialize(mFolder.Path().string().data()), CORVANE_SUCCESS);
+  /// Number of devices found, with these behind the camera; takes less than some seconds.
+  int Initialize(const json& camera = json::object(), int seconds = 5) {
+    mCamera = std::make_unique<LegacyLaboratory>(camera);
+    mBegin = std::chrono::steady_clock::now();
+    EXPECT_EQ(CorvaneInitialize(mCamera->Directory().data()), CORVANE_SUCCESS);
+    ExpectWithin(seconds);
     int count = -1;
     EXPECT_EQ(CorvaneGetNumberDevices(&count), CORVANE_SUCCESS);
     return count;
   }
 
+  void ExpectWithin(int seconds) const {
+    EXPECT_LT(std::chrono::steady_clock::now() - mBegin, std::chrono::seconds(seconds));
+  }
+
   static std::string SerialOf(int device) {
-    std::array<char, 21> serial{};
+    std::array<char, CORVANE_SERIAL_LENGTH> serial{};
     EXPECT_EQ(CorvaneGetSerialNumber(device, serial.data()), CORVANE_SUCCESS);
     return serial.data();
   }
 
-  static unsigned int Move(int device, float nm) { return CorvaneSetWavelength(device, nm); }
+  /// A device that goes where it is sent and says so, or that fails.
+  static void ExpectDriven(int device, bool driven = true) {
+    const float nm = 500.0F + 50.0F * static_cast<float>(device);
+    EXPECT_EQ(CorvaneSetWavelength(device, nm), driven ? CORVANE_SUCCESS : CORVANE_COMMUNICATION_ERROR) << device;
+    float answer = nm;
+    EXPECT_EQ(CorvaneGetWavelength(device, &answer), driven ? CORVANE_SUCCESS : CORVANE_COMMUNICATION_ERROR) << device;
+    EXPECT_NEAR(answer, driven ? nm : 0.0F, 0.03F) << device;
+  }
 
-  TemporaryDirectory mFolder;
+  std::unique_ptr<LegacyLaboratory> mCamera;
   std::vector<std::unique_ptr<UsbInstrument>> mInstruments;
   ScriptedPeer mSilent;
   int mPlugged = 1;
   VirtualUsbBus mBus;
+  std::chrono::steady_clock::time_point mBegin;
 };
 
 TEST_F(SeveralInstruments, TwoOnUsbAreListedInTheBridgesOrderAndBothAreDriven) {
   PlugInstrument("CV-A");
   PlugInstrument("CV-B");
   ASSERT_EQ(Initialize(), 2);
-  EXPECT_EQ(Move(0, 510.0F), CORVANE_SUCCESS);
-  EXPECT_EQ(Move(1, 620.0F), CORVANE_SUCCESS);
-  float first = 0;
-  float second = 0;
-  EXPECT_EQ(CorvaneGetWavelength(0, &first), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneGetWavelength(1, &second), CORVANE_SUCCESS);
-  EXPECT_NEAR(first, 510.0F, 1e-3F);
-  EXPECT_NEAR(second, 620.0F, 1e-3F);
-
   DWORD bridges = 0;
   ASSERT_EQ(FT_CreateDeviceInfoList(&bridges), FT_OK);
   std::vector<FT_DEVICE_LIST_INFO_NODE> nodes(bridges);
@@ -102,32 +111,59 @@ TEST_F(SeveralInstruments, TwoOnUsbAreListedInTheBridgesOrderAndBothAreDriven) {
     EXPECT_EQ(node.Flags & FT_FLAGS_OPENED, FT_FLAGS_OPENED);
     EXPECT_NE(node.ftHandle, nullptr);
     EXPECT_EQ(SerialOf(i), kBehind.at(node.SerialNumber));
+    ExpectDriven(i);  // listing closes nothing
   }
-  EXPECT_EQ(Move(1, 630.0F), CORVANE_SUCCESS) << "listing closes nothing";
 }
 
 // Bridges with the controllers' identifiers are looked for only while no controller answers behind the camera; they are
 // counted all the same.
-TEST_F(SeveralInstruments, BehindACameraAndOnUsbAllAreListedButOnlyTheFirstIsDriven) {
-  void* simulation = dlopen(CORVANE_SIMULATED_SDK, RTLD_NOW);
-  ASSERT_NE(simulation, nullptr) << dlerror();
-  mFolder.Write("corvane-sim.json", R"({"i2c": {"serial": "CV-CAM", "motion": 0}})");
+TEST_F(SeveralInstruments, BehindACameraComeFirstAndAControllerThereHidesThoseOnUsb) {
+  ASSERT_NE(gSimulatedSdk, nullptr);
   PlugInstrument("CV-A");
   PlugInstrument("CV-B");
-  ASSERT_EQ(Initialize(), 3);
-  EXPECT_EQ(SerialOf(0), "CV-CAM");
-  EXPECT_EQ(Move(0, 510.0F), CORVANE_SUCCESS);
-  for (const int device : {1, 2}) {
-    EXPECT_EQ(SerialOf(device), "");
-    EXPECT_EQ(Move(device, 510.0F), CORVANE_COMMUNICATION_ERROR);
+  const json older = {{"serial", "OLD"}};
+  const json controller = {{"serial", "CV-CAM"}};
+  const struct {
+    json scenario;
+    std::vector<std::string> serials;
+    std::set<std::string> usbSerials;
+  } cases[] = {{{{"legacy", older}}, {"OLD"}, {"CV-A", "CV-B"}},
+               {{{"i2c", controller}}, {"CV-CAM"}, {""}},
+               {{{"legacy", older}, {"i2c", controller}}, {"OLD", "CV-CAM"}, {""}}};
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.scenario.dump());
+    const int behind = static_cast<int>(test.serials.size());
+    ASSERT_EQ(Initialize(test.scenario), behind + 2);
+    std::set<std::string> usbSerials;
+    for (int device = 0; device < behind + 2; ++device) {
+      if (device < behind) {
+        EXPECT_EQ(SerialOf(device), test.serials[static_cast<std::size_t>(device)]);
+      } else {
+        usbSerials.insert(SerialOf(device));
+      }
+      ExpectDriven(device, device < behind || test.usbSerials.size() == 2);
+      int pixels = -1;
+      EXPECT_EQ(CorvaneGetNumberPixels(device, &pixels), CORVANE_SUCCESS);
+      EXPECT_EQ(pixels, device == 0 ? 2048 : 0) << "the camera's detector goes to the first device";
+    }
+    EXPECT_EQ(usbSerials, test.usbSerials);
+    int point = 0;
+    EXPECT_EQ(CorvaneGetSlitCoefficients(0, &point, &point, &point, &point),
+              test.serials[0] == "OLD" ? CORVANE_SUCCESS : CORVANE_NO_LEGACY_DRIVER);
   }
-  int pixels = 0;
-  EXPECT_EQ(CorvaneGetNumberPixels(0, &pixels), CORVANE_SUCCESS);
-  EXPECT_EQ(pixels, 2048) << "the camera's detector goes to the first device";
-  EXPECT_EQ(CorvaneGetNumberPixels(1, &pixels), CORVANE_SUCCESS);
-  EXPECT_EQ(pixels, 0);
-  EXPECT_EQ(CorvaneClose(), CORVANE_SUCCESS);
-  dlclose(simulation);
+}
+
+TEST_F(SeveralInstruments, TheFailureOfAnOlderOneIsItsOwn) {
+  PlugInstrument("CV-A");
+  ASSERT_EQ(Initialize({{"legacy", json::object()}}), 2);
+  mCamera->Bus().ArmFault(1, 1, 20067);
+  EXPECT_EQ(CorvaneSetWavelength(0, 400.0F), CORVANE_COMMUNICATION_ERROR);
+  ExpectDriven(1);
+  // Detected and listed; the bus dies while its record is read.
+  ASSERT_EQ(Initialize({{"legacy", json::object()}, {"transportFaults", {{{"operation", 100}, {"repeat", true}}}}}, 20),
+            2);
+  EXPECT_EQ(CorvaneSetWavelength(0, 500.0F), CORVANE_COMMUNICATION_ERROR);
+  ExpectDriven(1);
 }
 
 TEST_F(SeveralInstruments, ForeignAndSilentBridgesAreListedClosedAndCostSeconds) {
@@ -135,13 +171,10 @@ TEST_F(SeveralInstruments, ForeignAndSilentBridgesAreListedClosedAndCostSeconds)
   Plug(0x136E, 0x0017, &mSilent);  // a controller that is switched off
   PlugInstrument("CV-X", "Another maker");
   PlugInstrument("CV-A");
-  const auto begin = std::chrono::steady_clock::now();
-  ASSERT_EQ(Initialize(), 4);
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(40));
+  ASSERT_EQ(Initialize(json::object(), 40), 4);
   EXPECT_EQ(SerialOf(0), "CV-A") << "the only one that opens";
-  EXPECT_EQ(Move(0, 510.0F), CORVANE_SUCCESS);
-  for (const int device : {1, 2, 3}) {
-    EXPECT_EQ(Move(device, 510.0F), CORVANE_COMMUNICATION_ERROR);
+  for (const int device : {0, 1, 2, 3}) {
+    ExpectDriven(device, device == 0);
   }
 }
 
@@ -152,11 +185,11 @@ TEST_F(SeveralInstruments, APulledBridgeFailsAtOnceAndTheOtherGoesOn) {
   const int gone = SerialOf(0) == "CV-B" ? 0 : 1;
   ASSERT_EQ(CorvaneSetGratingOffset(gone, 1, 9), CORVANE_SUCCESS) << "unsaved, so that closing wants to write";
   mBus.Unplug(pulled);
-  const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ(Move(gone, 480.0F), CORVANE_COMMUNICATION_ERROR);
-  EXPECT_EQ(Move(1 - gone, 480.0F), CORVANE_SUCCESS);
+  mBegin = std::chrono::steady_clock::now();
+  ExpectDriven(gone, false);
+  ExpectDriven(1 - gone);
   EXPECT_EQ(CorvaneClose(), CORVANE_SUCCESS);
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+  ExpectWithin(5);
 }
 
 }  // namespace

@@ -12,21 +12,20 @@
 
 namespace {
 
-using corvane::sim::DetectorGeometry;
 using corvane::sim::Instrument;
 using corvane::sim::MotionController;
 using corvane::sim::Scenario;
 
 class UsbLaboratory final : public Laboratory {
  public:
-  explicit UsbLaboratory(const Scenario& scenario)
-      : mDetector(scenario.detector.value_or(DetectorGeometry{})),
-        mController(scenario.usb.at(0).instrument),
+  explicit UsbLaboratory(const std::string& scenario)
+      : mScenario(corvane::sim::ParseScenario(scenario, "test", mFolder.Path())),
+        mController(mScenario.usb.at(0).instrument),
         mPeer(mController) {
     BridgeChip::Options chip;
-    chip.vendorId = static_cast<std::uint16_t>(scenario.usb[0].vendorId);
-    chip.productId = static_cast<std::uint16_t>(scenario.usb[0].productId);
-    chip.serialNumber = scenario.usb[0].bridgeSerial;
+    chip.vendorId = static_cast<std::uint16_t>(mScenario.usb[0].vendorId);
+    chip.productId = static_cast<std::uint16_t>(mScenario.usb[0].productId);
+    chip.serialNumber = mScenario.usb[0].bridgeSerial;
     chip.repliesAtOnce = true;
     mBus.Plug(chip, {&mPeer});
   }
@@ -43,7 +42,7 @@ class UsbLaboratory final : public Laboratory {
   }
   double TrueWavelength(double pixel) const override {
     const std::lock_guard lock(mPeer.Mutex());
-    return mController.GetInstrument().TrueWavelength(pixel, mDetector).value();
+    return mController.GetInstrument().TrueWavelength(pixel, mScenario.detector.value()).value();
   }
   double TrueCentre() const override {
     const std::lock_guard lock(mPeer.Mutex());
@@ -55,16 +54,12 @@ class UsbLaboratory final : public Laboratory {
     const std::lock_guard lock(mPeer.Mutex());
     mController.Arm(parsed.i2c.value().faults.at(0));
   }
-  void ClearReplyFaults() override {
-    const std::lock_guard lock(mPeer.Mutex());
-    mController.ClearFaults();
-  }
   int OpeningLines() const override { return 4; }
   bool HasDetector() const override { return false; }
 
  private:
   TemporaryDirectory mFolder;
-  DetectorGeometry mDetector;
+  Scenario mScenario;
   MotionController mController;
   LockedPeer mPeer;
   VirtualUsbBus mBus;
@@ -75,5 +70,5 @@ class UsbLaboratory final : public Laboratory {
 std::unique_ptr<Laboratory> MakeLaboratory(nlohmann::json scenario) {
   scenario["usb"] = nlohmann::json::array({{{"instrument", scenario["instrument"]}}});
   scenario.erase("instrument");
-  return std::make_unique<UsbLaboratory>(corvane::sim::ParseScenario(scenario.dump(), "test", "/"));
+  return std::make_unique<UsbLaboratory>(scenario.dump());
 }
