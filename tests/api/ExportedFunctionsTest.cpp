@@ -1,241 +1,209 @@
-// What the exported functions ask of the components, and what they make of answers and failures.
+// What the exported functions make of components that fail and of answers that no instrument should give, with a list
+// of instruments that stands in for the library's own.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <climits>
-#include <stdexcept>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
 
-#include "RecordingHardware.h"
 #include "api/CorvaneCIF.h"
-#include "api/IndexMapping.h"
-#include "api/LibraryState.h"
+#include "calibration/TCalibration.h"
+#include "core/TCorvaneException.h"
+#include "core/TSpectrographHardware.h"
+#include "core/TSpectrographList.h"
+#include "legacy/TCorvaneI2CControl.h"
 
 namespace {
 
-using testing::ElementsAre;
+using testing::DoAll;
+using testing::NiceMock;
+using testing::Return;
+using testing::SetArgReferee;
+using testing::Throw;
+
+class MockFocusMirror : public ISpectrographFocusMirror {
+ public:
+  MOCK_METHOD(void, SetMirrorFocus, (int), (override));
+  MOCK_METHOD(int, GetMirrorFocus, (), (override));
+  MOCK_METHOD(int, GetFocusMirrorMaxSteps, (), (override));
+  MOCK_METHOD(void, Reset, (), (override));
+  MOCK_METHOD(bool, FocusMirrorAutoFocus, (), (override));
+  MOCK_METHOD(bool, FocusMirrorCancelAutoFocus, (), (override));
+};
+
+class MockGrating : public ISpectrographGrating {
+ public:
+  MOCK_METHOD(void, SetGrating, (int), (override));
+  MOCK_METHOD(int, GetGrating, (), (override));
+  MOCK_METHOD(void, Reset, (), (override));
+  MOCK_METHOD(void, UnsafeReset, (), (override));
+  MOCK_METHOD(int, GetNumberGratings, (), (override));
+  MOCK_METHOD(void, GetGratingInfo, (int, float&, const char*&, float&, float&), (override));
+  MOCK_METHOD(void, SetDetectorOffset, (int, int, int), (override));
+  MOCK_METHOD(int, GetDetectorOffset, (int, int), (override));
+  MOCK_METHOD(void, SetDetectorOffset, (int), (override));
+  MOCK_METHOD(int, GetDetectorOffset, (), (override));
+  MOCK_METHOD(void, SetGratingOffset, (int, int), (override));
+  MOCK_METHOD(int, GetGratingOffset, (int), (override));
+  MOCK_METHOD(void, GratingOffsetAutoAdjust, (), (override));
+  MOCK_METHOD(void, GratingOffsetCancelAutoAdjust, (), (override));
+  MOCK_METHOD(void, SetTurret, (int), (override));
+  MOCK_METHOD(int, GetTurret, (), (override));
+};
+
+class MockHardware : public TSpectrographHardware {
+ public:
+  MockHardware() {
+    mFocusMirror = std::make_unique<NiceMock<MockFocusMirror>>();
+    mGrating = std::make_unique<NiceMock<MockGrating>>();
+  }
+  MOCK_METHOD(void, Initialise, (), (override));
+  MockFocusMirror& Focus() { return static_cast<MockFocusMirror&>(*mFocusMirror); }
+  MockGrating& Grating() { return static_cast<MockGrating&>(*mGrating); }
+};
+
+using Found = std::vector<std::unique_ptr<TSpectrographHardware>>;
+/// What the search for instruments finds; what it throws, CorvaneInitialize meets.
+std::function<Found()> gSearch;
+
+}  // namespace
+
+struct TSpectrographList::TSpectrographListItem {
+  std::unique_ptr<TSpectrographHardware> hardware;
+};
+
+TSpectrographList::TSpectrographList(char* /*directory*/) {
+  for (auto& hardware : gSearch()) {
+    mItems.push_back({std::move(hardware)});
+  }
+}
+TSpectrographList::~TSpectrographList() = default;
+int TSpectrographList::GetNumberDevices() const {
+  return static_cast<int>(mItems.size());
+}
+TSpectrographHardware* TSpectrographList::GetDevice(int index) const {
+  return mItems.at(static_cast<std::size_t>(index)).hardware.get();
+}
+TCalibration* TSpectrographList::GetCalibration(int /*index*/) const {
+  return nullptr;
+}
+Corvane* TSpectrographList::GetRawCorvane(int /*index*/) const {
+  return nullptr;
+}
+
+namespace {
 
 class ExportedFunctions : public testing::Test {
  protected:
-  void SetUp() override {
-    SetSearch([this] {
-      auto hardware = std::make_unique<RecordingHardware>(mRecord);
-      mHardware = hardware.get();
-      std::vector<std::unique_ptr<TSpectrographHardware>> found;
-      found.push_back(std::move(hardware));
-      return found;
-    });
-    ASSERT_EQ(CorvaneInitialize(nullptr), CORVANE_SUCCESS);
-    mRecord.calls.clear();
+  ExportedFunctions() {
+    Find(1);
+    EXPECT_EQ(CorvaneInitialize(nullptr), CORVANE_SUCCESS);
+    ON_CALL(Hardware().Grating(), GetNumberGratings).WillByDefault(Return(3));
   }
-  void TearDown() override { CorvaneClose(); }
+  ~ExportedFunctions() override { CorvaneClose(); }
 
-  /// The calls since the last time.
-  std::vector<std::string> Calls() { return std::exchange(mRecord.calls, {}); }
+  /// What the next search makes of these: `count` instruments that do nothing, the first of them failing to initialise.
+  void Find(int count, bool fails = false) {
+    gSearch = [this, count, fails] {
+      Found found;
+      mHardware.clear();
+      for (int i = 0; i < count; ++i) {
+        auto hardware = std::make_unique<NiceMock<MockHardware>>();
+        if (fails && i == 0) {
+          EXPECT_CALL(*hardware, Initialise).WillOnce(Throw(kFailure));
+        } else {
+          EXPECT_CALL(*hardware, Initialise).Times(fails ? 0 : 1);
+        }
+        mHardware.push_back(hardware.get());
+        found.push_back(std::move(hardware));
+      }
+      return found;
+    };
+  }
+  MockHardware& Hardware() { return *mHardware.front(); }
 
-  Record mRecord;
-  RecordingHardware* mHardware = nullptr;
+  const TCorvaneException kFailure{7};
+  std::vector<MockHardware*> mHardware;
 };
 
-// ---- Slits ---------------------------------------------------------------------------------------------------------
-
-TEST_F(ExportedFunctions, SlitNumbersReachTheirPositions) {
-  for (int slit = 1; slit <= 4; ++slit) {
-    const std::string name = "slit" + std::to_string(slit - 1);
-    EXPECT_EQ(CorvaneSetAutoSlitWidth(0, slit, 99.5F), CORVANE_SUCCESS);
-    EXPECT_THAT(Calls(), ElementsAre(name + ".GetSlitMode", name + ".SetSlit 99.5"));
-    float width = 0;
-    EXPECT_EQ(CorvaneGetAutoSlitWidth(0, slit, &width), CORVANE_SUCCESS);
-    EXPECT_EQ(width, 125.0F);
-    EXPECT_EQ(CorvaneAutoSlitReset(0, slit), CORVANE_SUCCESS);
-    EXPECT_THAT(Calls(), ElementsAre(name + ".GetSlit", name + ".Reset"));
-    int present = 0;
-    EXPECT_EQ(CorvaneAutoSlitIsPresent(0, slit, &present), CORVANE_SUCCESS);
-    EXPECT_EQ(present, 1);
+TEST_F(ExportedFunctions, FocusTravelIsBoundedAndItsFailingReadReachesTheCaller) {
+  const struct {
+    int position, maximum, steps;
+    unsigned int status;
+  } moves[] = {{300, 1000, -300, CORVANE_SUCCESS},        {300, 1000, 701, CORVANE_P2_INVALID},
+               {300, 1000, INT_MIN, CORVANE_P2_INVALID},  {300, 1000, INT_MAX, CORVANE_P2_INVALID},
+               {INT_MIN, INT_MAX, 0, CORVANE_P2_INVALID}, {INT_MAX, INT_MIN, 0, CORVANE_P2_INVALID}};
+  MockFocusMirror& focus = Hardware().Focus();
+  EXPECT_CALL(focus, SetMirrorFocus(-300));
+  for (const auto& move : moves) {
+    ON_CALL(focus, GetMirrorFocus).WillByDefault(Return(move.position));
+    ON_CALL(focus, GetFocusMirrorMaxSteps).WillByDefault(Return(move.maximum));
+    EXPECT_EQ(CorvaneSetFocusMirror(0, move.steps), move.status) << move.position << " " << move.steps;
   }
-  float width = 0;
-  EXPECT_EQ(CorvaneSetSlit(0, 50.0F), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneGetSlit(0, &width), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneSlitReset(0), CORVANE_SUCCESS);
-  EXPECT_THAT(Calls(), ElementsAre("slit0.GetSlitMode", "slit0.SetSlit 50", "slit0.GetSlit", "slit0.Reset"));
-  EXPECT_EQ(CorvaneSetOutputSlit(0, 50.0F), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneGetOutputSlit(0, &width), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneOutputSlitReset(0), CORVANE_SUCCESS);
-  EXPECT_THAT(Calls(), ElementsAre("slit2.GetSlitMode", "slit2.SetSlit 50", "slit2.GetSlit", "slit2.Reset"));
-}
-
-TEST_F(ExportedFunctions, OnlyTheWideSlitOpensBeyondTheCommonRange) {
-  EXPECT_EQ(CorvaneSetAutoSlitWidth(0, 1, 10.0F), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneSetAutoSlitWidth(0, 1, 2500.0F), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneSetAutoSlitWidth(0, 1, 2500.1F), CORVANE_P3_INVALID);
-  EXPECT_EQ(CorvaneSetSlit(0, 2500.1F), CORVANE_P2_INVALID);
-  mHardware->Slit(0).mode = "slit-i24";
-  EXPECT_EQ(CorvaneSetAutoSlitWidth(0, 1, 24000.0F), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneSetAutoSlitWidth(0, 1, 24000.1F), CORVANE_P3_INVALID);
-  EXPECT_EQ(CorvaneSetAutoSlitWidth(0, 1, 9.9F), CORVANE_P3_INVALID);
-  Calls();
-
-  mRecord.failing = {"slit0.GetSlitMode"};
-  EXPECT_EQ(CorvaneSetSlit(0, 2500.0F), CORVANE_SUCCESS) << "no mode is the common mode";
-  EXPECT_EQ(CorvaneSetSlit(0, 2500.1F), CORVANE_P2_INVALID);
-  EXPECT_THAT(Calls(), ElementsAre("slit0.GetSlitMode", "slit0.SetSlit 2500", "slit0.GetSlitMode"));
-}
-
-// ---- Flipper mirrors -----------------------------------------------------------------------------------------------
-
-TEST_F(ExportedFunctions, FlipperAndPortNumbersReachTheirPositions) {
-  for (int flipper = 1; flipper <= 2; ++flipper) {
-    const std::string name = "flipper" + std::to_string(flipper - 1);
-    int port = 0;
-    EXPECT_EQ(CorvaneSetFlipperMirror(0, flipper, 0), CORVANE_SUCCESS);
-    EXPECT_EQ(CorvaneSetFlipperMirror(0, flipper, 1), CORVANE_SUCCESS);
-    EXPECT_EQ(CorvaneGetFlipperMirror(0, flipper, &port), CORVANE_SUCCESS);
-    EXPECT_EQ(CorvaneFlipperMirrorReset(0, flipper), CORVANE_SUCCESS);
-    EXPECT_EQ(port, 1);
-    EXPECT_THAT(Calls(), ElementsAre(name + ".SetFlipperPort 0", name + ".SetFlipperPort 1", name + ".GetPort",
-                                     name + ".Reset"));
-  }
-  int port = 0;
-  float low = 0;
-  float high = 0;
-  EXPECT_EQ(CorvaneSetPort(0, 1), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneGetPort(0, &port), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneFlipperReset(0), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneGetCCDLimits(0, 1, &low, &high), CORVANE_SUCCESS);
-  EXPECT_THAT(Calls(), ElementsAre("flipper1.SetFlipperPort 1", "flipper1.GetPort", "flipper1.Reset",
-                                   "flipper1.GetCCDLimits 1"));
-  EXPECT_EQ(low, 180.0F);
-  EXPECT_EQ(high, 1000.0F);
-}
-
-TEST(IndexMapping, ThrowsForNumbersThatItDoesNotKnow) {
-  EXPECT_EQ(SDKSlitIndexToSlitPosition(1), 0);
-  EXPECT_EQ(SDKSlitIndexToSlitPosition(4), 3);
-  EXPECT_EQ(SDKFlipperIndexToFlipperPosition(2), 1);
-  EXPECT_EQ(SDKPortIndexToPortPosition(0), 0);
-  for (const auto& map : std::initializer_list<std::function<void()>>{
-           [] { SDKSlitIndexToSlitPosition(0); }, [] { SDKSlitIndexToSlitPosition(5); },
-           [] { SDKFlipperIndexToFlipperPosition(0); }, [] { SDKFlipperIndexToFlipperPosition(3); },
-           [] { SDKPortIndexToPortPosition(2); }, [] { SDKPortIndexToPortPosition(-1); }}) {
-    try {
-      map();
-      ADD_FAILURE() << "no exception";
-    } catch (const TCorvaneException& exception) {
-      EXPECT_EQ(exception.Code(), 1);
-    }
-  }
-}
-
-// ---- Filter, shutter, accessory ------------------------------------------------------------------------------------
-
-TEST_F(ExportedFunctions, FilterShutterAndAccessoryGetTheirNumbers) {
-  int value = 0;
-  EXPECT_EQ(CorvaneSetFilter(0, 6), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneGetFilter(0, &value), CORVANE_SUCCESS);
-  EXPECT_EQ(value, 5);
-  EXPECT_EQ(CorvaneSetFilterInfo(0, 2, "OG570"), CORVANE_SUCCESS);
-  EXPECT_THAT(Calls(), ElementsAre("filter.SetFilter 5", "filter.GetFilter", "filter.SetFilterInfo 1 OG570"));
-  std::string info(260, '#');
-  EXPECT_EQ(CorvaneGetFilterInfo(0, 1, info.data()), CORVANE_SUCCESS);
-  EXPECT_EQ(info, std::string(239, 'x') + '\0' + std::string(20, '#')) << "at most 239 characters and a terminator";
-  EXPECT_THAT(Calls(), ElementsAre("filter.GetFilterInfo 0 239"));
-
-  EXPECT_EQ(CorvaneSetShutter(0, 1), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneIsModePossible(0, 1, &value), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneExternalChange(0), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneLoadShutterValues(0), CORVANE_SUCCESS);
-  EXPECT_THAT(Calls(), ElementsAre("shutter.SetExternalShutter 1", "shutter.IsExternalModePossible 1",
-                                   "shutter.ExternalChange", "shutter.LoadShutterValues"));
-  EXPECT_EQ(CorvaneSetAccessory(0, 2, 5), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneSetAccessory(0, 1, -1), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneGetAccessoryState(0, 1, &value), CORVANE_SUCCESS);
-  EXPECT_EQ(value, 1);
-  EXPECT_THAT(Calls(),
-              ElementsAre("accessory.SetAccessory 2 1", "accessory.SetAccessory 1 0", "accessory.GetAccessoryState 1"));
-}
-
-// ---- Focus mirror --------------------------------------------------------------------------------------------------
-
-TEST_F(ExportedFunctions, FocusMovesStayWithinTheTravel) {
-  EXPECT_EQ(CorvaneSetFocusMirror(0, -300), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneSetFocusMirror(0, 700), CORVANE_SUCCESS);
-  EXPECT_THAT(Calls(), testing::Contains("focus.SetMirrorFocus 700"));
-  for (const int steps : {-301, 701, INT_MIN, INT_MAX}) {
-    EXPECT_EQ(CorvaneSetFocusMirror(0, steps), CORVANE_P2_INVALID);
-  }
-  EXPECT_THAT(Calls(), testing::Not(testing::Contains(testing::StartsWith("focus.SetMirrorFocus"))));
-  // The ends of what an instrument can answer.
-  mHardware->FocusMirror().position = INT_MIN;
-  mHardware->FocusMirror().maximum = INT_MAX;
-  EXPECT_EQ(CorvaneSetFocusMirror(0, 0), CORVANE_P2_INVALID) << "below the lower end";
-  mHardware->FocusMirror().position = INT_MAX;
-  mHardware->FocusMirror().maximum = INT_MIN;
-  EXPECT_EQ(CorvaneSetFocusMirror(0, 0), CORVANE_P2_INVALID) << "above the upper end";
-}
-
-TEST_F(ExportedFunctions, AFailingReadOfTheFocusTravelReachesTheCaller) {
-  for (const char* operation : {"focus.GetFocusMirrorMaxSteps", "focus.GetMirrorFocus"}) {
-    mRecord.failing = {operation};
-    EXPECT_THROW(CorvaneSetFocusMirror(0, 1), std::exception) << operation;
-  }
-  mRecord.failing = {"focus.SetMirrorFocus"};
+  ON_CALL(focus, GetMirrorFocus).WillByDefault(Return(0));
+  ON_CALL(focus, GetFocusMirrorMaxSteps).WillByDefault(Return(1000));
+  EXPECT_CALL(focus, SetMirrorFocus(1)).WillOnce(Throw(kFailure));
   EXPECT_EQ(CorvaneSetFocusMirror(0, 1), CORVANE_COMMUNICATION_ERROR) << "the move itself is guarded";
-}
-
-// ---- Gratings ------------------------------------------------------------------------------------------------------
-
-TEST_F(ExportedFunctions, BothResetsAreTheOrdinaryOne) {
-  EXPECT_EQ(CorvaneWavelengthReset(0), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneWavelengthUnsafeReset(0), CORVANE_SUCCESS);
-  EXPECT_THAT(Calls(), ElementsAre("grating.Reset", "grating.Reset"));
+  EXPECT_CALL(focus, GetMirrorFocus).WillOnce(Throw(kFailure));
+  EXPECT_THROW(CorvaneSetFocusMirror(0, 1), TCorvaneException);
+  EXPECT_CALL(focus, GetFocusMirrorMaxSteps).WillOnce(Throw(kFailure));
+  EXPECT_THROW(CorvaneSetFocusMirror(0, 1), TCorvaneException);
 }
 
 TEST_F(ExportedFunctions, GratingInfoIsCutAndBounded) {
-  int home = 0;
-  int offset = 0;
-  std::string blaze(40, '#');
-  EXPECT_EQ(CorvaneGetGratingInfo(0, 3, nullptr, blaze.data(), &home, &offset), CORVANE_SUCCESS);
-  EXPECT_EQ(home, 7);
-  EXPECT_EQ(offset, -2) << "toward zero";
-  EXPECT_STREQ(blaze.c_str(), "500");
-
   const std::string tooLong(100, 'b');
-  mHardware->Grating().blazeText = tooLong.c_str();
-  for (const auto& [steps, expected] : std::initializer_list<std::pair<float, int>>{
-           {3e9F, INT_MAX}, {-3e9F, INT_MIN}, {std::numeric_limits<float>::quiet_NaN(), 0}}) {
-    mHardware->Grating().homeSteps = steps;
-    blaze.assign(40, '#');
-    EXPECT_EQ(CorvaneGetGratingInfo(0, 1, nullptr, blaze.data(), &home, nullptr), CORVANE_SUCCESS);
-    EXPECT_EQ(home, expected);
-    EXPECT_EQ(blaze, std::string(31, 'b') + '\0' + std::string(8, '#'));
+  const std::string cut = std::string(31, 'b') + '\0' + std::string(8, '#');
+  const struct {
+    const char* text;
+    float steps;
+    int number;
+    std::string blaze;
+  } cases[] = {{"500", -2.9F, -2, "500" + std::string(1, '\0') + std::string(36, '#')},
+               {tooLong.c_str(), 3e9F, INT_MAX, cut},
+               {tooLong.c_str(), -3e9F, INT_MIN, cut},
+               {nullptr, std::numeric_limits<float>::quiet_NaN(), 0, '\0' + std::string(39, '#')}};
+  for (const auto& row : cases) {
+    ON_CALL(Hardware().Grating(), GetGratingInfo)
+        .WillByDefault(DoAll(SetArgReferee<2>(row.text), SetArgReferee<3>(row.steps), SetArgReferee<4>(row.steps)));
+    std::string blaze(40, '#');
+    int home = 7;
+    int offset = 7;
+    EXPECT_EQ(CorvaneGetGratingInfo(0, 3, nullptr, blaze.data(), &home, &offset), CORVANE_SUCCESS);
+    EXPECT_EQ(home, row.number);
+    EXPECT_EQ(offset, row.number);
+    EXPECT_EQ(blaze, row.blaze);
   }
-  mHardware->Grating().blazeText = nullptr;
-  EXPECT_EQ(CorvaneGetGratingInfo(0, 1, nullptr, blaze.data(), nullptr, nullptr), CORVANE_SUCCESS);
-  EXPECT_STREQ(blaze.c_str(), "");
 }
 
-TEST_F(ExportedFunctions, TheExFunctionsAnswerSuccessEvenWhenTheInstrumentFails) {
-  mRecord.failing = {"grating.SetDetectorOffset", "grating.GetDetectorOffset"};
+TEST_F(ExportedFunctions, GratingCallsThatAnswerOtherThanTheirComponent) {
+  MockGrating& grating = Hardware().Grating();
+  EXPECT_CALL(grating, Reset).Times(2);
+  EXPECT_CALL(grating, UnsafeReset).Times(0);
+  EXPECT_EQ(CorvaneWavelengthReset(0), CORVANE_SUCCESS);
+  EXPECT_EQ(CorvaneWavelengthUnsafeReset(0), CORVANE_SUCCESS) << "the ordinary one";
+
   int offset = 77;
-  EXPECT_EQ(CorvaneSetDetectorOffsetEx(0, 5, -6, 240000), CORVANE_SUCCESS);
+  EXPECT_CALL(grating, GetDetectorOffset(1, 0)).WillOnce(Return(5)).WillOnce(Throw(kFailure));
+  EXPECT_CALL(grating, SetDetectorOffset(5, -6, 240000)).WillOnce(Throw(kFailure));
+  EXPECT_CALL(grating, SetDetectorOffset(0, 0, 1)).WillOnce(Throw(kFailure));
+  EXPECT_EQ(CorvaneSetDetectorOffsetEx(0, 5, -6, 240000), CORVANE_SUCCESS) << "although it failed";
   EXPECT_EQ(CorvaneGetDetectorOffsetEx(0, 1, 0, &offset), CORVANE_SUCCESS);
-  EXPECT_THAT(Calls(), ElementsAre("grating.SetDetectorOffset 5 -6 240000", "grating.GetDetectorOffset 1 0"));
-  EXPECT_EQ(CorvaneSetDetectorOffset(0, 1), CORVANE_COMMUNICATION_ERROR);
-  mRecord.failing.clear();
-  EXPECT_EQ(CorvaneGetDetectorOffsetEx(0, 1, 0, &offset), CORVANE_SUCCESS);
+  EXPECT_EQ(CorvaneGetDetectorOffsetEx(0, 1, 0, &offset), CORVANE_SUCCESS) << "although it failed";
   EXPECT_EQ(offset, 77) << "the value read is dropped";
-}
+  EXPECT_EQ(CorvaneSetDetectorOffset(0, 1), CORVANE_COMMUNICATION_ERROR);
 
-TEST_F(ExportedFunctions, AFailingCountOfGratingsComesBeforeEveryOtherArgument) {
-  mRecord.failing = {"grating.GetNumberGratings"};
-  EXPECT_EQ(CorvaneSetGrating(0, 99), CORVANE_COMMUNICATION_ERROR);
+  ON_CALL(grating, GetNumberGratings).WillByDefault(Throw(kFailure));
+  EXPECT_EQ(CorvaneSetGrating(0, 99), CORVANE_COMMUNICATION_ERROR) << "before the number is looked at";
   EXPECT_EQ(CorvaneSetGratingOffset(0, 1, 99999), CORVANE_COMMUNICATION_ERROR);
 }
 
-// ---- Failing searches and instruments ------------------------------------------------------------------------------
-
 TEST_F(ExportedFunctions, AFailedSearchLeavesTheEarlierStateWithoutItsDevices) {
-  SetSearch([]() -> std::vector<std::unique_ptr<TSpectrographHardware>> { throw std::bad_alloc(); });
+  gSearch = []() -> Found { throw std::bad_alloc(); };
   EXPECT_EQ(CorvaneInitialize(nullptr), CORVANE_NOT_INITIALIZED);
   int count = 0;
   EXPECT_EQ(CorvaneGetNumberDevices(&count), CORVANE_SUCCESS) << "the flag stays";
@@ -248,27 +216,10 @@ TEST_F(ExportedFunctions, AFailedSearchLeavesTheEarlierStateWithoutItsDevices) {
   EXPECT_EQ(CorvaneGetNumberDevices(&count), CORVANE_NOT_INITIALIZED) << "it was not set before either";
 }
 
-TEST_F(ExportedFunctions, AnInstrumentThatDoesNotInitialiseLeavesTheLibraryInitialised) {
-  SetSearch([this] {
-    std::vector<std::unique_ptr<TSpectrographHardware>> found;
-    for (int i = 0; i < 3; ++i) {
-      found.push_back(std::make_unique<RecordingHardware>(mRecord));
-    }
-    return found;
-  });
-  mRecord.failing = {"Initialise"};
+TEST_F(ExportedFunctions, AnInstrumentThatDoesNotInitialiseEndsTheSearchWithTheLibraryInitialised) {
+  Find(3, true);
   EXPECT_EQ(CorvaneInitialize(nullptr), CORVANE_COMMUNICATION_ERROR);
-  EXPECT_THAT(Calls(), ElementsAre("Initialise")) << "the later ones are not tried";
-  int count = 0;
-  EXPECT_EQ(CorvaneGetNumberDevices(&count), CORVANE_SUCCESS);
-  EXPECT_EQ(count, 3);
   EXPECT_EQ(CorvaneWavelengthReset(2), CORVANE_SUCCESS);
-}
-
-TEST_F(ExportedFunctions, AnExceptionOfAnyTypeIsACommunicationError) {
-  EXPECT_EQ(CorvaneGetPixelWidth(0, nullptr), CORVANE_COMMUNICATION_ERROR) << "no calibration";
-  EXPECT_EQ(CorvaneGetWavelength(0, nullptr), CORVANE_COMMUNICATION_ERROR) << "no wavelength drive";
-  EXPECT_EQ(CorvaneSetSlitCoefficients(0, 1, 2, 3, 4), CORVANE_NO_LEGACY_DRIVER);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // A camera SDK for the tests of the bridge; it writes what is called to "sdk.log" in the working directory.
-//   FAKE_LACKS_PIXEL_SIZE    without the entry point "GetPixelSize"
-//   FAKE_REFUSES             whose "Initialize" fails
+// FAKE_LACKS_PIXEL_SIZE lacks the entry point "GetPixelSize", the "Initialize" of FAKE_REFUSES fails.
 // In C, because a C++ library may stay loaded after it was closed.
 #include <stdarg.h>
 #include <stdio.h>
@@ -13,13 +12,11 @@ enum { kSuccess = 20002, kRefused = 20003, kDetectorFailure = 20004 };
 
 static unsigned int Log(const char* format, ...) {
   FILE* file = fopen("sdk.log", "a");
-  if (file != NULL) {
-    va_list arguments;
-    va_start(arguments, format);
-    vfprintf(file, format, arguments);
-    va_end(arguments);
-    fclose(file);
-  }
+  va_list arguments;
+  va_start(arguments, format);
+  vfprintf(file, format, arguments);
+  va_end(arguments);
+  fclose(file);
   return kSuccess;
 }
 
@@ -63,15 +60,13 @@ unsigned int ShutDown(void) {
 }
 
 unsigned int GetDetector(int* xPixels, int* yPixels) {
-  *xPixels = 2048;
-  *yPixels = 512;
+  *xPixels = *yPixels = 512;
   return DetectorStatus();
 }
 
 #ifndef FAKE_LACKS_PIXEL_SIZE
 unsigned int GetPixelSize(float* width, float* height) {
-  *width = 13.5F;
-  *height = 16.0F;
+  *width = *height = 13.5F;
   return DetectorStatus();
 }
 #endif

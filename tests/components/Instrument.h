@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdio>
-#include <functional>
 #include <limits>
 #include <map>
 #include <memory>
@@ -12,13 +11,10 @@
 #include <vector>
 
 #include "controller/TMerakOrbis.h"
-#include "core/TCorvaneException.h"
-#include "core/TDeviceServer.h"
 #include "eeprom/EepromImage.h"
+#include "support/BusyLog.h"
 #include "support/FakeTime.h"
 #include "support/ScriptedBridge.h"
-
-using Lines = std::vector<std::string>;
 
 class Instrument {
  public:
@@ -41,6 +37,8 @@ class Instrument {
   }
 
   EepromImage eeprom;
+  /// What an SX keeps instead.
+  std::map<int, std::string> texts;
   /// Answers of queries by their word.
   std::map<std::string, std::string> values{{"SYSTEMINFO", "TIVAN,CV-LX,SN-77,x,V2.80"},
                                             {"POSITION", "546.1"},
@@ -93,6 +91,13 @@ class Instrument {
       eeprom.At(address) = static_cast<unsigned char>(value);
       return "OK\r";
     }
+    if (std::sscanf(line.c_str(), "CONFIG_SYSTEM_DATA? %d", &address) == 1) {
+      return ScriptedController::Reply(line, texts[address]);
+    }
+    if (std::sscanf(line.c_str(), "CONFIG_SYSTEM_DATA %d%n,", &address, &value) == 1) {
+      texts[address] = line.substr(static_cast<std::size_t>(value) + 1);
+      return "OK\r";
+    }
     if (line.find('?') == std::string::npos) {
       return "OK\r";
     }
@@ -104,28 +109,3 @@ class Instrument {
   ScriptedBridge mBridge;
   Lines mLines;
 };
-
-/// Writes down "busy" or "idle" for every notification of a component.
-class BusyLog : public TDeviceClient {
- public:
-  explicit BusyLog(TBusyDeviceServer& component) : mComponent(component) { component.Connect(this); }
-  ~BusyLog() override { mComponent.Disconnect(this); }
-  BusyLog(const BusyLog&) = delete;
-  BusyLog& operator=(const BusyLog&) = delete;
-  void OnStateChanged(TDeviceServer* /*server*/) override { mLog.emplace_back(mComponent.IsBusy() ? "busy" : "idle"); }
-  Lines Take() { return std::exchange(mLog, {}); }
-
- private:
-  TBusyDeviceServer& mComponent;
-  Lines mLog;
-};
-
-/// The code that a call throws; 0 for none.
-inline int ThrownBy(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const TCorvaneException& failure) {
-    return failure.Code();
-  }
-  return 0;
-}

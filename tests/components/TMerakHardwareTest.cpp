@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <climits>
 #include <cstdlib>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <new>
@@ -10,7 +13,8 @@
 #include <utility>
 
 #include "components/Instrument.h"
-#include "components/TMerakFactory.h"
+#include "components/TCorvaneMerakSlit.h"
+#include "components/TCorvaneMerakStepTurret.h"
 #include "components/TMerakSpectrographDevice.h"
 
 namespace {
@@ -44,51 +48,20 @@ std::string SerialOf(const TSpectrographHardware& hardware) {
   return serial;
 }
 
-std::string ModelOf(TSpectrographDevice& device) {
-  const char* model = nullptr;
-  device.GetModelNumber(model);
-  return model;
-}
-
 TEST(TMerakHardware, ReadsTheRecordAndTheSystemInformationOnce) {
   Instrument instrument;
   instrument.values["SYSTEMINFO"] = "TIVAN,CV-LX," + std::string(300, 's') + ",x,V2.80";
-  auto controller = instrument.Connect();
-  TMerakOrbis* const borrowed = controller.get();
-  TMerakHardware hardware(std::move(controller));
-  const Lines lines = instrument.Take();
-  EXPECT_EQ(lines.size(), 355U);
-  EXPECT_EQ(lines.back(), "SYSTEMINFO?");
+  TMerakHardware hardware(instrument.Connect());
+  EXPECT_EQ(instrument.Take().size(), 355U);
   EXPECT_EQ(SerialOf(hardware), std::string(49, 's')) << "cut";
-  EXPECT_EQ(hardware.GetSystemInfo().model, "CV-LX");
-  EXPECT_EQ(hardware.GetSystemInfo().firmware, "V2.80");
-  EXPECT_EQ(gblMerakOrbis, borrowed);
   hardware.Initialise();
   EXPECT_TRUE(instrument.Take().empty());
   BusyLog log(*hardware.GetWavelengthInterface());
   hardware.GetGratingInterface()->SetGrating(0);
   EXPECT_EQ(log.Take().size(), 2U) << "the wavelength observes the grating of the same instrument";
-  EXPECT_FALSE(hardware.GetSpectrographDevice()->IsActive());
   const char* serial = nullptr;
   hardware.GetSpectrographDevice()->GetSpectrographSerial(serial);
   EXPECT_STREQ(serial, "CV-0042") << "the record's serial, not the controller's";
-}
-
-TEST(TMerakHardware, UnsavedValuesReachTheInstrumentAtTheEnd) {
-  Instrument instrument;
-  {
-    TMerakHardware hardware(instrument.Connect());
-    hardware.GetGratingInterface()->SetGratingOffset(1, 321);
-    instrument.Take();
-  }
-  EXPECT_EQ(instrument.eeprom.IntAt(297), 321);
-  EXPECT_EQ(instrument.Take().size(), 354U) << "the record once, and no farewell on this model";
-  EXPECT_EQ(gblMerakOrbis, nullptr);
-  {
-    TMerakHardware hardware(instrument.Connect());
-    instrument.Take();
-  }
-  EXPECT_TRUE(instrument.Take().empty()) << "nothing unsaved, nothing written";
 }
 
 TEST(TMerakHardware, ClosedAndSilentControllersAreHeldAllTheSame) {
@@ -136,32 +109,6 @@ TEST(TMerakHardware, EndsWithoutMemoryLikeItsDeviceAlone) {
       [](Controller held) { return std::make_unique<TMerakSpectrographDevice>(std::move(held)); });
 }
 
-TEST(TMerakFactory, SharesItsGratingAndItsDevice) {
-  Instrument instrument;
-  TMerakFactory factory(instrument.Connect());
-  const std::unique_ptr<ISpectrographGrating> grating(factory.CreateGrating());
-  const std::unique_ptr<ISpectrographWavelength> wavelength(factory.CreateWavelength());
-  EXPECT_EQ(factory.CreateGrating(), grating.get());
-  BusyLog log(*wavelength);
-  grating->SetBusy(false);
-  EXPECT_EQ(log.Take().size(), 1U);
-  EXPECT_EQ(factory.CreateCorvane(), factory.GetSpectrograph());
-}
-
-TEST(TMerakSpectrographDevice, ModelIsTheFirstCodeFound) {
-  Instrument instrument;
-  TMerakSpectrographDevice device(instrument.Connect());
-  const std::pair<const char*, const char*> models[] = {
-      {"xxMXyy", "CV-MX"}, {"SX and LX", "CV-LX"}, {"A-SX-1", "CV-SX"}, {"QZ", "Unknown"}, {"", "Unknown"}};
-  for (const auto& [designation, model] : models) {
-    instrument.values["SYSTEMINFO"] = std::string("TIVAN,") + designation;
-    EXPECT_EQ(ModelOf(device), model) << designation;
-  }
-  instrument.errors["SYSTEMINFO"] = "E04";
-  EXPECT_EQ(ModelOf(device), "Unknown");
-  EXPECT_TRUE(device.IsPresent());
-}
-
 TEST(TMerakSpectrographDevice, AnyDevicesEndForgetsTheLatestController) {
   auto first = std::make_unique<TMerakSpectrographDevice>(std::make_unique<TMerakOrbis>(nullptr));
   EXPECT_EQ(gblMerakOrbis, &first->GetMerakOrbis());
@@ -172,29 +119,176 @@ TEST(TMerakSpectrographDevice, AnyDevicesEndForgetsTheLatestController) {
   EXPECT_EQ(gblMerakOrbis, nullptr) << "although the second one lives";
 }
 
-TEST(TMerakSpectrographDevice, ActivationOpensAndReadsOnce) {
-  Instrument instrument;
-  TMerakSpectrographDevice device(instrument.Connect());
-  instrument.Take();
-  device.SetActive(true);
-  EXPECT_TRUE(instrument.Take().empty()) << "it is open already";
-  device.SetActive(false);
-  EXPECT_FALSE(device.GetMerakOrbis().IsOpen());
-  device.SetActive(true);
-  EXPECT_EQ(device.GetMerakOrbis().GetSerialNumber(), "CV-0042");
-  const std::size_t opening = instrument.Take().size();
-  EXPECT_GT(opening, 354U);
-  device.SetActive(true);
-  EXPECT_TRUE(instrument.Take().empty());
-  device.SetActive(false);
-  device.Load(false);
-  EXPECT_EQ(instrument.Take().size(), opening);
-  EXPECT_FALSE(device.IsActive()) << "loading does not activate";
-  device.SetActive(false);
-  instrument.answers = 0;
-  device.SetActive(true);
-  EXPECT_FALSE(device.GetMerakOrbis().IsOpen());
-  EXPECT_TRUE(device.IsActive()) << "stored although nothing could be opened";
+// ---- The parts that it builds ----
+
+using Slit = ISpectrographSlit;
+using Flipper = ISpectrographFlipper;
+
+class MerakParts : public testing::Test {
+ protected:
+  MerakParts() {
+    mInstrument.values["PERIPHERAL"] = "SI1,SI2,SO1,SO2,IPD,IPS,EPD,EPS,6FILTER,XFOCUS";
+    for (const char* word : {"SLIT_WIDTH", "FILTER", "FOCUS", "FOCUS_TOTALSTEPS", "PORT_INPUT"}) {
+      mInstrument.values[word] = "5";
+    }
+    Connect();
+  }
+  /// Builds the parts on the instrument as it is now.
+  void Connect() {
+    mHardware.reset();
+    mHardware = std::make_unique<TMerakHardware>(mInstrument.Connect());
+    mInstrument.Take();
+    for (int i = 0; i < Slit::kPositions; ++i) {
+      slit.at(static_cast<std::size_t>(i)) = mHardware->GetSlitInterface(static_cast<Slit::TSlitPosition>(i));
+    }
+    entrance = mHardware->GetFlipperInterface(Flipper::kFlipperPosition0);
+    exit = mHardware->GetFlipperInterface(Flipper::kFlipperPosition1);
+    filter = mHardware->GetFilterInterface();
+    focus = mHardware->GetFocusMirrorInterface();
+    shutter = mHardware->GetShutterInterface();
+    accessory = mHardware->GetAccessoryInterface();
+  }
+  TMerakSpectrographDevice& Device() {
+    return static_cast<TMerakSpectrographDevice&>(*mHardware->GetSpectrographDevice());
+  }
+
+  Instrument mInstrument;
+  std::unique_ptr<TMerakHardware> mHardware;
+  std::array<Slit*, Slit::kPositions> slit{};
+  Flipper* entrance = nullptr;
+  Flipper* exit = nullptr;
+  ISpectrographFilter* filter = nullptr;
+  ISpectrographFocusMirror* focus = nullptr;
+  ISpectrographShutter* shutter = nullptr;
+  ISpectrographAccessory* accessory = nullptr;
+};
+
+TEST_F(MerakParts, MovesAreBusyAndThrowWhatTheControllerAnswersWhenTheyAreIdleAgain) {
+  struct Case {
+    std::string line;  ///< the last that it sends
+    TBusyDeviceServer* moves;
+    std::function<void()> call;
+  };
+  const Case cases[] = {
+      {"SLIT_WIDTH 4, 2147483647", slit[1], [&] { slit[1]->SetSlit(1e30F); }},
+      {"SLITHOME 2", slit[3], [&] { slit[3]->UnsafeReset(); }},
+      {"SLIT_MODE 3,FAST", nullptr, [&] { slit[2]->SetSlitMode("FAST"); }},
+      {"EXITPORT 0", exit, [&] { exit->SetFlipperPort(static_cast<Flipper::TPortPosition>(2)); }},
+      {"ENTRANCEPORT?", nullptr, [&] { entrance->GetPort(); }},
+      {"FILTER 5", filter, [&] { filter->SetFilter(4); }},
+      {"FILTER?", nullptr, [&] { filter->GetFilter(); }},
+      {"MOVE_FOCUS 1,2147483648", focus, [&] { focus->SetMirrorFocus(INT_MIN); }},
+      {"FOCUS_HOME", focus, [&] { focus->Reset(); }},
+      {"FOCUS?", nullptr, [&] { focus->GetMirrorFocus(); }},
+      {"PORT_OUTPUT 1", nullptr, [&] { accessory->SetAccessory(0, true); }},
+      {"PORT_INPUT?", nullptr, [&] { accessory->GetAccessoryState(1); }},
+  };
+  for (const Case& operation : cases) {
+    const std::string& line = operation.line;
+    for (const bool refused : {false, true}) {
+      SCOPED_TRACE(line + (refused ? " refused" : ""));
+      mInstrument.errors.clear();
+      mInstrument.errors[refused ? line : "none"] = "E08";
+      BusyLog log(operation.moves != nullptr ? *operation.moves : *slit[0]);
+      EXPECT_EQ(ThrownBy(operation.call), refused ? 6 : 0);
+      EXPECT_EQ(mInstrument.Take().back(), line);
+      EXPECT_EQ(log.Take(), operation.moves != nullptr ? (Lines{"busy", "idle"}) : Lines{});
+    }
+    const std::string word = line.substr(0, line.find('?'));
+    if (word != line) {
+      mInstrument.errors.clear();
+      mInstrument.values[word] = "no number";
+      EXPECT_EQ(ThrownBy(operation.call), 4) << line;
+    }
+  }
+}
+
+TEST_F(MerakParts, ArePresentAsTheListSays) {
+  // Slits by position, entrance and exit mirror, wheel, focus mirror.
+  TDeviceServer* const parts[] = {slit[0], slit[1], slit[2], slit[3], entrance, exit, filter, focus};
+  const std::pair<const char*, const char*> lists[] = {
+      {"SI,SO2,IPS,EPD,EPS", "11010100"},
+      {"AFILB,12FOC", "00000011"},
+      {"FI,OC,fil", "00000000"},
+      // A name counts with its first eight characters, and sixteen names are read.
+      {"12345FOC,123456FIL", "00000001"},
+      {"a,b,c,d,e,f,g,h,i,j,k,l,m,n,o,SI1,SI2,FIL", "10000000"}};
+  for (const auto& [list, expected] : lists) {
+    mInstrument.values["PERIPHERAL"] = list;
+    std::string present;
+    for (TDeviceServer* part : parts) {
+      present += part->IsPresent() ? '1' : '0';
+    }
+    EXPECT_EQ(present, expected) << list;
+  }
+  mInstrument.errors["PERIPHERAL"] = "E03";
+  EXPECT_FALSE(filter->IsPresent());
+  EXPECT_EQ(ThrownBy([&] { focus->GetMirrorFocus(); }), 6) << "not a position of 0";
+}
+
+TEST_F(MerakParts, PartsThatAreNotFittedDoNothingOrThrowWithoutBeingBusy) {
+  mInstrument.values["PERIPHERAL"] = "";
+  BusyLog logs[] = {BusyLog(*exit), BusyLog(*filter), BusyLog(*focus)};
+  const std::function<void()> refused[] = {
+      [&] { exit->SetFlipperPort(Flipper::kPortPosition0); }, [&] { shutter->SetInternalShutter(0); },
+      [&] { shutter->GetInternalShutter(); }, [&] { shutter->InternalShutterAvailable(); }};
+  for (const auto& call : refused) {
+    EXPECT_EQ(ThrownBy(call), 1) << &call - refused;
+  }
+  filter->SetFilter(1);
+  focus->SetMirrorFocus(9);
+  for (BusyLog& log : logs) {
+    EXPECT_TRUE(log.Take().empty());
+  }
+  EXPECT_THROW(TCorvaneMerakSlit(*gblMerakOrbis, static_cast<Slit::TSlitPosition>(4)), TCorvaneException);
+}
+
+TEST_F(MerakParts, MirrorsTellTheTurretOfTheirPortEvenOfARefusedOne) {
+  float low = 0.0F;
+  EXPECT_EQ(ThrownBy([&] { entrance->GetCCDLimits(Flipper::kPortPosition0, low, low); }), -1);
+  mInstrument.errors["EXITPORT"] = "E08";
+  EXPECT_EQ(ThrownBy([&] { exit->SetFlipperPort(Flipper::kPortPosition1); }), 6);
+  entrance->SetFlipperPort(Flipper::kPortPosition1);
+  // The step turret follows an offset of the ports in use only.
+  EXPECT_EQ(Device().GetStepTurret().SetDetectorOffset(1, 1, 8), 0U);
+  EXPECT_EQ(mInstrument.Take().back(), "Step_abs 158");
+}
+
+TEST_F(MerakParts, AccessoryBitsAreWhereTheyLieAndAreNotWrittenUnread) {
+  mInstrument.values["PORT_INPUT"] = std::to_string(0x35);
+  std::string bits;
+  for (const int line : {0, 1, 2, 3, 4, 5, 6, 7, 33, 34, INT_MAX, -1, INT_MIN}) {
+    bits += accessory->GetAccessoryState(line) ? '1' : '0';
+  }
+  EXPECT_EQ(bits, "1100101100000");
+  struct Count final : TDeviceClient {
+    void OnStateChanged(TDeviceServer* /*server*/) override { ++changes; }
+    int changes = 0;
+  } client;
+  accessory->Connect(&client);
+  mInstrument.Take();
+  accessory->SetAccessory(3, true);
+  EXPECT_TRUE(mInstrument.Take().empty()) << "no such line";
+  for (const int thrown : {6, 4}) {
+    mInstrument.errors[thrown == 6 ? "PORT_INPUT" : "none"] = "E08";
+    EXPECT_EQ(ThrownBy([&] { accessory->SetAccessory(2, true); }), thrown);
+    EXPECT_EQ(mInstrument.Take(), Lines{"PORT_INPUT?"});
+    mInstrument.errors.clear();
+    mInstrument.values["PORT_INPUT"] = "no number";
+  }
+  EXPECT_EQ(client.changes, 2) << "told all the same";
+}
+
+TEST_F(MerakParts, FilterLabelsAreTheRecordsWholeAndBounded) {
+  std::array<char, 240> label{};
+  BusyLog log(*filter);
+  filter->SetFilterInfo(5, std::string(300, 'x').c_str());
+  EXPECT_EQ(log.Take(), Lines{"idle"});
+  filter->GetFilterInfo(5, label.data(), 3);
+  EXPECT_EQ(label.data(), std::string(239, 'x'));
+  EXPECT_EQ(ThrownBy([&] { filter->SetFilterInfo(6, "x"); }), -1);
+  Device().GetMerakOrbis().Close();
+  EXPECT_EQ(ThrownBy([&] { filter->GetFilterInfo(5, label.data(), 3); }), 3);
 }
 
 }  // namespace

@@ -38,6 +38,9 @@ class EepromImage final : public IMerakEepromAccess {
   unsigned int GetTurret(int& /*turret*/) override { return Unexpected(); }
   unsigned int SetTurret(int /*turret*/) override { return Unexpected(); }
   unsigned int GetRawGratings(std::string& /*text*/) override { return Unexpected(); }
+  unsigned int GetGratings(std::vector<float>& /*lines*/, std::vector<std::string>& /*blazes*/) override {
+    return Unexpected();
+  }
   bool IsSilent() const override { return mSilent; }
 
   unsigned char& At(int address) { return bytes.at(static_cast<std::size_t>(address)); }

@@ -13,6 +13,7 @@
 class Simulation {
  public:
   decltype(&CorvaneSimLog) Log = Symbol<decltype(CorvaneSimLog)>("CorvaneSimLog");
+  decltype(&CorvaneSimState) State = Symbol<decltype(CorvaneSimState)>("CorvaneSimState");
   decltype(&CorvaneSimPeek) Peek = Symbol<decltype(CorvaneSimPeek)>("CorvaneSimPeek");
   decltype(&CorvaneSimTrueWavelength) TrueWavelength =
       Symbol<decltype(CorvaneSimTrueWavelength)>("CorvaneSimTrueWavelength");

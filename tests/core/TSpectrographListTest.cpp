@@ -1,0 +1,131 @@
+// The search for instruments: cameras from several sources, older instruments behind them, then controllers.
+#include "core/TSpectrographList.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <climits>
+#include <memory>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "calibration/TCalibration.h"
+#include "camera/TCorvaneDetection.h"
+#include "legacy/Corvane.h"
+#include "legacy/FakeLegacyInstrument.h"
+#include "legacy/TCorvaneI2CControl.h"
+#include "support/ScriptedBridge.h"
+#include "support/TemporaryDirectory.h"
+
+namespace {
+
+using Buses = std::vector<TI2CInterface*>;
+
+struct FakeDetector final : TDetectorInterface {
+  unsigned int GetNumberOfPixels(int& count) override { return count = pixels, 0; }
+  int pixels = 0;
+};
+
+/// Cameras of 1000, 1001, ... pixels; a null bus has no older instrument.
+struct FakeCameras final : TI2CController {
+  explicit FakeCameras(Buses itsBuses) : buses(std::move(itsBuses)), detectors(buses.size()) {}
+  int GetNumberDevices() override { return static_cast<int>(buses.size()); }
+  TI2CInterface* GetI2CInterface(int index) override { return buses.at(static_cast<std::size_t>(index)); }
+  TDetectorInterface* GetDetectorInterface(int index) override {
+    FakeDetector& detector = detectors.at(static_cast<std::size_t>(index));
+    detector.pixels = 1000 + index;
+    return &detector;
+  }
+  Buses buses;
+  std::vector<FakeDetector> detectors;
+};
+
+TEST(Detection, ComparesFiveRegistersWithoutRegardToCaseUpToTheFirstFailure) {
+  // Text, status of a transfer, which one fails; detected after so many reads.
+  using Case = std::tuple<const char*, unsigned int, int, bool, int>;
+  const Case cases[] = {{"tiVANxxx", 0, 0, true, 5},
+                        {"tivan", 20002, 0, true, 5},
+                        {"tivax", 0, 0, false, 5},
+                        {"tivan", 0, 3, false, 3},
+                        {"tivan", 3, 0, false, 1}};
+  for (const auto& [text, status, failing, detected, reads] : cases) {
+    FakeLegacyInstrument bus;
+    bus.Put(0, 1, text);
+    bus.success = status;
+    bus.failingTransfer = failing;
+    bus.answers = bus.kAlways;
+    EXPECT_EQ(TCorvaneDetection::Detect(&bus), detected) << text;
+    EXPECT_EQ(bus.kAlways - bus.answers, reads) << text;
+  }
+}
+
+class SpectrographList : public testing::Test {
+ protected:
+  SpectrographList() {
+    mFirst.success = 0;
+    mSecond.success = 0;
+  }
+  TemporaryDirectory mDirectory;  // where there is no camera SDK
+  ScopedWorkingDirectory mThere{mDirectory.Path()};
+  FakeLegacyInstrument mFirst;
+  FakeLegacyInstrument mSecond;
+  std::unique_ptr<TGlobalControl> mGlobal = std::make_unique<TGlobalControl>(nullptr);
+};
+
+TEST_F(SpectrographList, CamerasAreNumberedThroughEightSourcesAndListedWithASpectrograph) {
+  TGlobalControl& global = *mGlobal;
+  for (const Buses& buses : {Buses{nullptr, &mFirst}, Buses{}, Buses{&mSecond}, Buses{}, Buses{}, Buses{}, Buses{}}) {
+    EXPECT_TRUE(global.AddController(std::make_unique<FakeCameras>(buses)));
+  }
+  EXPECT_FALSE(global.AddController(std::make_unique<FakeCameras>(Buses{&mFirst}))) << "the ninth";
+  EXPECT_EQ(global.GetNumberDevices(), 3);
+  using Address = std::pair<int, std::pair<int, int>>;
+  for (const auto& [index, address] : {Address{1, {1, 1}}, {2, {3, 0}}, {3, {-1, -1}}, {INT_MIN, {-1, -1}}}) {
+    std::pair<int, int> found;
+    global.GetDeviceAddress(index, found.first, found.second);
+    EXPECT_EQ(found, address) << index;
+  }
+  TCorvaneI2CControl control(std::move(mGlobal));
+  ASSERT_EQ(control.GetNumberDevices(), 2);
+  EXPECT_EQ(control.GetI2CInterface(0), &mFirst);
+  EXPECT_EQ(control.GetI2CInterface(1), &mSecond);
+  EXPECT_TRUE(control.IsDeviceUSB(0) && !control.IsDeviceUSB(1)) << "sources 0 and 1";
+  for (const int unknown : {2, -1, INT_MAX, INT_MIN}) {
+    EXPECT_EQ(control.GetI2CInterface(unknown), nullptr);
+    EXPECT_EQ(control.GetDetectorInterface(unknown), nullptr);
+    EXPECT_FALSE(control.IsDeviceUSB(unknown) || control.IsDeviceSDK(unknown));
+  }
+}
+
+TEST_F(SpectrographList, OlderInstrumentsComeFirstEachWithItsDriverAndItsCamera) {
+  mFirst.Put(0, 31, "A");
+  mSecond.Put(0, 31, "B");
+  ScriptedBridge bridge;
+  ScriptedController controller;
+  controller.SetValue("SYSTEMINFO", "TIVAN,CV-LX,SN-77,x,V2.80");
+  bridge.Add(0x136E, 0x0017, controller);
+  mGlobal->AddController(std::make_unique<FakeCameras>(Buses{nullptr, &mFirst, nullptr, &mSecond}));
+  TSpectrographList list(std::make_unique<TCorvaneI2CControl>(std::move(mGlobal)));
+
+  ASSERT_EQ(list.GetNumberDevices(), 3);
+  // An older instrument gets its own camera's detector, a controller that of the camera of its place in the list.
+  const std::pair<std::string, int> expected[] = {{"A", 1001}, {"B", 1003}, {"SN-77", 1002}};
+  for (int index = 0; index < 3; ++index) {
+    const auto& [serial, pixels] = expected[index];
+    std::array<char, TSpectrographHardware::kSerialLength> text{};
+    list.GetDevice(index)->GetSerialNumber(text.data(), static_cast<int>(text.size()));
+    EXPECT_EQ(std::string(text.data()).substr(0, serial.size()), serial);
+    int count = 0;
+    EXPECT_EQ(list.GetCalibration(index)->GetNumberPixels(count), 0U);
+    EXPECT_EQ(count, pixels);
+    EXPECT_EQ(list.GetRawCorvane(index) != nullptr, index < 2);
+  }
+  list.GetDevice(1)->Initialise();
+  EXPECT_TRUE(mFirst.TakeMoves().empty());
+  // Homed, and driven back to the stored wavelength.
+  EXPECT_EQ(mSecond.TakeMoves().front(), "0+480000h");
+  EXPECT_EQ(mSecond.position[0], list.GetRawCorvane(1)->GetData().ConvertWaveToSteps(703.241F, 1, 0));
+}
+
+}  // namespace
