@@ -107,12 +107,7 @@ void ReadRecord(JsonSection section, InstrumentDescription& instrument) {
   section.Read("serial", record.serial, 10);
   section.Read("manufactured", record.manufactured, 11);
   section.Read("modified", record.modified, 11);
-  section.Read("focalLength", record.focalLength, 0.001, 100.0);
-  section.Read("angularDeviation", record.angularDeviation, -89.0, 89.0);
-  section.Read("tilt", record.tilt, -89.0, 89.0);
-  // The exact polynomial of a drive that turns with the grating, unless the file has another.
-  record.coefficients = DefaultCoefficients(record.angularDeviation);
-  ReadNumbers(section, "coefficients", record.coefficients, record.coefficients.size());
+  ReadOptics(section, record);
   if (auto sine = section.Section("sine")) {
     sine->Read("amplitude", record.sineAmplitude, -1.0e6, 1.0e6);
     sine->Read("phase", record.sinePhase, -1.0e3, 1.0e3);
@@ -308,6 +303,15 @@ InstrumentDescription ReadInstrument(JsonSection section, const std::filesystem:
   section.Finish();
   CheckStand(section, instrument);
   return instrument;
+}
+
+void ReadOptics(JsonSection& section, Record& record) {
+  section.Read("focalLength", record.focalLength, 0.001, 100.0);
+  section.Read("angularDeviation", record.angularDeviation, -89.0, 89.0);
+  section.Read("tilt", record.tilt, -89.0, 89.0);
+  // The exact polynomial of a drive that turns with the grating, unless the file has another.
+  record.coefficients = DefaultCoefficients(record.angularDeviation);
+  ReadNumbers(section, "coefficients", record.coefficients, record.coefficients.size());
 }
 
 ReplyFault ReadReplyFault(JsonSection section) {

@@ -1,4 +1,4 @@
-// Reads the instrument sections of a scenario file. Used by Scenario only.
+// Reads the instrument sections of a scenario file, and what these share with the section of an older instrument.
 #pragma once
 
 #include <filesystem>
@@ -11,6 +11,9 @@ namespace corvane::sim {
 
 /// Relative file names are taken from directory. Throws ScenarioError.
 InstrumentDescription ReadInstrument(JsonSection section, const std::filesystem::path& directory);
+
+/// The optical constants and the drive's polynomial, which every kind of instrument has in its record.
+void ReadOptics(JsonSection& section, Record& record);
 
 ReplyFault ReadReplyFault(JsonSection section);
 

@@ -3,6 +3,7 @@
 #include <numbers>
 #include <sstream>
 
+#include "controller/InstrumentReader.h"
 #include "controller/Scenario.h"
 #include "legacy/LegacyInstrument.h"
 
@@ -71,11 +72,7 @@ void ReadRecord(JsonSection section, LegacyDescription& instrument) {
   section.Read("id", record.id, 20);
   section.Read("manufactured", record.manufactured, 10);
   section.Read("modified", record.modified, 10);
-  section.Read("focalLength", record.focalLength, 0.001, 100.0);
-  section.Read("angularDeviation", record.angularDeviation, -89.0, 89.0);
-  section.Read("tilt", record.tilt, -89.0, 89.0);
-  record.coefficients = DefaultCoefficients(record.angularDeviation);
-  ReadNumbers(section, "coefficients", record.coefficients, record.coefficients.size());
+  ReadOptics(section, record);
   if (auto sine = section.Section("sine")) {
     sine->Read("amplitude", record.sineAmplitude, -300.0, 300.0);
     sine->Read("phase", record.sinePhase, -1.0e3, 1.0e3);
