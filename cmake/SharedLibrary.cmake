@@ -13,7 +13,7 @@ foreach(list IN LISTS CORVANE_SYMBOL_LISTS)
 endforeach()
 file(CONFIGURE OUTPUT ${corvane_version_script} CONTENT "{\n  global:\n@corvane_exports@  local:\n    *;\n};\n" @ONLY)
 
-add_library(corvanecif SHARED ${PROJECT_SOURCE_DIR}/cmake/level.cpp)
+add_library(corvanecif SHARED)
 foreach(level IN LISTS CORVANE_LEVELS)
   target_link_libraries(corvanecif PRIVATE corvane_level_${level})
 endforeach()

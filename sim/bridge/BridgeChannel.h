@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "controller/ISerialPeer.h"
+#include "model/ISerialPeer.h"
 
 class BridgeChannel {
  public:

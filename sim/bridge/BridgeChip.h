@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "bridge/BridgeChannel.h"
-#include "controller/ISerialPeer.h"
+#include "model/ISerialPeer.h"
 
 class BridgeChip {
  public:

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "controller/ISerialPeer.h"
+#include "model/ISerialPeer.h"
 
 /// Sends back every byte.
 class LoopbackPeer : public ISerialPeer {

@@ -15,9 +15,9 @@
 #include <vector>
 
 #include "controller/MotionController.h"
-#include "controller/Scenario.h"
-#include "controller/SimulationLog.h"
 #include "legacy/LegacyInstrument.h"
+#include "model/SimulationLog.h"
+#include "scenario/Scenario.h"
 
 namespace corvane::sim {
 

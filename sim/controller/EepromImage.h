@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "controller/InstrumentDescription.h"
+#include "model/InstrumentDescription.h"
 
 namespace corvane::sim {
 

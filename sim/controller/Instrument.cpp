@@ -3,8 +3,8 @@
 #include <cmath>
 #include <limits>
 
-#include "controller/OpticalModel.h"
 #include "controller/StateFile.h"
+#include "model/OpticalModel.h"
 
 namespace corvane::sim {
 namespace {

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "controller/InstrumentDescription.h"
 #include "controller/InstrumentMemory.h"
-#include "controller/Positions.h"
+#include "model/InstrumentDescription.h"
+#include "model/Positions.h"
 
 namespace corvane::sim {
 

@@ -15,8 +15,8 @@ constexpr std::size_t kKeptLines = 100000;
 constexpr std::size_t kOutputBuffer = 1UL << 20U;
 constexpr const char* kLineTooLong = "E01";
 
-MotionController::Microseconds FromMilliseconds(double milliseconds) {
-  return MotionController::Microseconds(std::llround(milliseconds * 1000.0));
+SimulationTime FromMilliseconds(double milliseconds) {
+  return SimulationTime(std::llround(milliseconds * 1000.0));
 }
 
 /// The bytes of a reply: a query's value comes after the echo of the query.
@@ -39,12 +39,8 @@ const ReplyFault* Find(const std::vector<ReplyFault>& faults, ReplyFault::Kind k
 
 }  // namespace
 
-MotionController::Clock MotionController::SystemClock() {
-  return [] { return std::chrono::duration_cast<Microseconds>(std::chrono::steady_clock::now().time_since_epoch()); };
-}
-
 MotionController::MotionController(const InstrumentDescription& description, SimulationLog* log, std::string name,
-                                   Clock clock)
+                                   SimulationClock clock)
     : mInstrument(description), mLog(log), mName(std::move(name)), mClock(std::move(clock)) {
   for (const ReplyFault& fault : description.faults) {
     Arm(fault);
@@ -116,7 +112,7 @@ std::vector<ReplyFault> MotionController::FaultsFor(const std::string& line) {
   return hits;
 }
 
-void MotionController::Send(const std::string& reply, Microseconds due, const std::vector<ReplyFault>& faults) {
+void MotionController::Send(const std::string& reply, SimulationTime due, const std::vector<ReplyFault>& faults) {
   const ReplyFault* const stale = Find(faults, ReplyFault::Kind::kStale);
   const ReplyFault* const split = Find(faults, ReplyFault::Kind::kSplit);
   const ReplyFault* const slow = Find(faults, ReplyFault::Kind::kSlow);
@@ -142,7 +138,7 @@ void MotionController::Send(const std::string& reply, Microseconds due, const st
 }
 
 std::size_t MotionController::ToHost(std::span<std::uint8_t> buffer) {
-  const Microseconds now = mOutput.empty() ? Microseconds(0) : mClock();
+  const SimulationTime now = mOutput.empty() ? SimulationTime(0) : mClock();
   std::size_t count = 0;
   while (count < buffer.size() && !mOutput.empty() && mOutput.front().due <= now) {
     buffer[count] = mOutput.front().value;
@@ -152,11 +148,11 @@ std::size_t MotionController::ToHost(std::span<std::uint8_t> buffer) {
   return count;
 }
 
-std::optional<MotionController::Microseconds> MotionController::UntilOutput() const {
+std::optional<SimulationTime> MotionController::UntilOutput() const {
   if (mOutput.empty()) {
     return std::nullopt;
   }
-  return std::max(mOutput.front().due - mClock(), Microseconds(0));
+  return std::max(mOutput.front().due - mClock(), SimulationTime(0));
 }
 
 }  // namespace corvane::sim

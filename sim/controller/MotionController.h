@@ -3,39 +3,34 @@
 // USB bridge chip) use it as ISerialPeer. It waits nowhere: a motion only makes its reply due later.
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "controller/ISerialPeer.h"
 #include "controller/Instrument.h"
-#include "controller/InstrumentDescription.h"
-#include "controller/SimulationLog.h"
+#include "model/ISerialPeer.h"
+#include "model/InstrumentDescription.h"
+#include "model/SimulationClock.h"
+#include "model/SimulationLog.h"
 
 namespace corvane::sim {
 
 class MotionController : public ISerialPeer {
  public:
-  using Microseconds = std::chrono::microseconds;
-  /// A clock that only moves forward.
-  using Clock = std::function<Microseconds()>;
-
   /// log is borrowed and must outlive the controller; null for none. name stands in front of its log lines. Throws
   /// std::runtime_error when the description's state file exists but does not fit.
   explicit MotionController(const InstrumentDescription& description, SimulationLog* log = nullptr,
-                            std::string name = "controller", Clock clock = SystemClock());
+                            std::string name = "controller", SimulationClock clock = SystemClock());
 
   void FromHost(std::span<const std::uint8_t> bytes) override;
   std::size_t ToHost(std::span<std::uint8_t> buffer) override;
 
   /// Time until the next output byte is due: 0 when one waits, none when no output is coming.
-  std::optional<Microseconds> UntilOutput() const;
+  std::optional<SimulationTime> UntilOutput() const;
 
   void Arm(const ReplyFault& fault);
   void ClearFaults();
@@ -48,8 +43,6 @@ class MotionController : public ISerialPeer {
   /// The instrument itself: where its turret really stands, what its memory holds.
   const Instrument& GetInstrument() const { return mInstrument; }
 
-  static Clock SystemClock();
-
  private:
   struct ArmedFault {
     ReplyFault fault;
@@ -57,23 +50,23 @@ class MotionController : public ISerialPeer {
   };
   struct OutputByte {
     std::uint8_t value;
-    Microseconds due;
+    SimulationTime due;
   };
 
   void TakeLine(const std::string& line);
   std::vector<ReplyFault> FaultsFor(const std::string& line);
-  void Send(const std::string& reply, Microseconds due, const std::vector<ReplyFault>& faults);
+  void Send(const std::string& reply, SimulationTime due, const std::vector<ReplyFault>& faults);
 
   Instrument mInstrument;
   SimulationLog* mLog;
   std::string mName;
-  Clock mClock;
+  SimulationClock mClock;
   std::string mPartialLine;
   std::vector<std::string> mLines;
   unsigned long long mLineCount = 0;
   std::vector<ArmedFault> mFaults;
   std::deque<OutputByte> mOutput;
-  Microseconds mBusyUntil{0};
+  SimulationTime mBusyUntil{0};
   int mFaultHits = 0;
 };
 

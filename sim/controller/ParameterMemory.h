@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "controller/InstrumentDescription.h"
+#include "model/InstrumentDescription.h"
 
 namespace corvane::sim {
 

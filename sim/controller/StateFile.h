@@ -4,7 +4,7 @@
 #include <string>
 
 #include "controller/InstrumentMemory.h"
-#include "controller/Positions.h"
+#include "model/Positions.h"
 
 namespace corvane::sim {
 

@@ -186,7 +186,7 @@ void WriteShutter(ImageWriter& out) {
 
 }  // namespace
 
-LegacyEeprom::LegacyEeprom(const LegacyDescription& description, MotionController::Clock clock)
+LegacyEeprom::LegacyEeprom(const LegacyDescription& description, SimulationClock clock)
     : mClock(std::move(clock)), mWriteTime(std::llround(description.writeTime * 1000.0)) {
   for (auto& page : mPages) {
     page.fill(description.memoryFill);

@@ -5,14 +5,14 @@
 #include <array>
 #include <cstdint>
 
-#include "controller/MotionController.h"
-#include "legacy/LegacyDescription.h"
+#include "model/LegacyDescription.h"
+#include "model/SimulationClock.h"
 
 namespace corvane::sim {
 
 class LegacyEeprom {
  public:
-  LegacyEeprom(const LegacyDescription& description, MotionController::Clock clock);
+  LegacyEeprom(const LegacyDescription& description, SimulationClock clock);
 
   /// What the bus gets; false: no answer, since a byte is being stored. page and offset are valid.
   bool Read(int page, int offset, std::uint8_t& value) const;
@@ -34,7 +34,7 @@ class LegacyEeprom {
   bool IsBusy() const;
 
   std::array<std::array<std::uint8_t, kLegacyPageSize>, kLegacyPages> mPages{};
-  MotionController::Clock mClock;
+  SimulationClock mClock;
   std::chrono::microseconds mWriteTime;
   std::chrono::microseconds mBusyUntil{0};
   bool mWriteMode = false;

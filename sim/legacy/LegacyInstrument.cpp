@@ -80,7 +80,7 @@ OpticalModel LegacyOptics(const LegacyDescription& description, const Grating& g
   return {record, grating.lines, WaveDrive::kTurn, isSecondGeneration};
 }
 
-LegacyInstrument::LegacyInstrument(const LegacyDescription& description, MotionController::Clock clock)
+LegacyInstrument::LegacyInstrument(const LegacyDescription& description, SimulationClock clock)
     : mDescription(description),
       mEeprom(description, clock),
       mMotors(description, StandingPosition(description), std::move(clock)) {

@@ -9,11 +9,11 @@
 #include <span>
 #include <string>
 
-#include "controller/MotionController.h"
-#include "controller/OpticalModel.h"
-#include "legacy/LegacyDescription.h"
 #include "legacy/LegacyEeprom.h"
 #include "legacy/LegacyMotors.h"
+#include "model/LegacyDescription.h"
+#include "model/OpticalModel.h"
+#include "model/SimulationClock.h"
 
 namespace corvane::sim {
 
@@ -22,8 +22,7 @@ OpticalModel LegacyOptics(const LegacyDescription& description, const Grating& g
 
 class LegacyInstrument {
  public:
-  explicit LegacyInstrument(const LegacyDescription& description,
-                            MotionController::Clock clock = MotionController::SystemClock());
+  explicit LegacyInstrument(const LegacyDescription& description, SimulationClock clock = SystemClock());
 
   // Transfers. False: nobody answers.
 

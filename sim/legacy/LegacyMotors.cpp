@@ -55,7 +55,7 @@ std::optional<RampedMove> RampedMove::Decode(std::span<const std::uint8_t> bytes
                     value(11)};
 }
 
-LegacyMotors::LegacyMotors(const LegacyDescription& description, int drivePosition, MotionController::Clock clock)
+LegacyMotors::LegacyMotors(const LegacyDescription& description, int drivePosition, SimulationClock clock)
     : mDrive(drivePosition, description.backlash),
       mFaults(description.faults),
       mMotion(description.motion),

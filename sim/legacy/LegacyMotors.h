@@ -8,9 +8,9 @@
 #include <span>
 #include <vector>
 
-#include "controller/MotionController.h"
-#include "legacy/LegacyDescription.h"
 #include "legacy/WaveDrive.h"
+#include "model/LegacyDescription.h"
+#include "model/SimulationClock.h"
 
 namespace corvane::sim {
 
@@ -32,7 +32,7 @@ struct RampedMove {
 
 class LegacyMotors {
  public:
-  LegacyMotors(const LegacyDescription& description, int drivePosition, MotionController::Clock clock);
+  LegacyMotors(const LegacyDescription& description, int drivePosition, SimulationClock clock);
 
   /// False: refused. A motor that runs, a ramp that never gets going and a hole mode on another motor than the drive's
   /// are. A motor that is not enabled takes the move and stands still.
@@ -64,7 +64,7 @@ class LegacyMotors {
   WaveDrive mDrive;
   std::vector<MotorFault> mFaults;
   double mMotion;
-  MotionController::Clock mClock;
+  SimulationClock mClock;
 };
 
 }  // namespace corvane::sim

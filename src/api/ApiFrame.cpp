@@ -1,7 +1,7 @@
 #include "api/ApiFrame.h"
 
 #include "api/LibraryState.h"
-#include "core/TSpectrographList.h"
+#include "core/discovery/TSpectrographList.h"
 
 namespace corvane {
 namespace {

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "api/ApiFrame.h"
-#include "components/Truncation.h"
+#include "components/optics/Truncation.h"
 
 using corvane::ApiCall;
 using corvane::Argument;

@@ -7,7 +7,7 @@
 #include "api/ApiFrame.h"
 #include "api/IndexMapping.h"
 #include "api/LibraryState.h"
-#include "core/TSpectrographList.h"
+#include "core/discovery/TSpectrographList.h"
 #include "legacy/Corvane.h"
 #include "platform/TivanStrings.h"
 

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "core/TSpectrographList.h"
+#include "core/discovery/TSpectrographList.h"
 
 class TSpectrographSDK {
  public:

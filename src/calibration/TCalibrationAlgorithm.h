@@ -2,7 +2,7 @@
 // cubic in the pixel number. Mathematics only; TCalibration gathers the inputs.
 #pragma once
 
-#include "components/TWavelengthConversion.h"
+#include "components/optics/TWavelengthConversion.h"
 
 class TCalibrationAlgorithm {
  public:

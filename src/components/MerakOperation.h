@@ -7,9 +7,9 @@
 #include <limits>
 #include <string_view>
 
-#include "controller/MerakResult.h"
 #include "controller/TMerakOrbis.h"
 #include "core/BusyScope.h"
+#include "core/MerakResult.h"
 #include "core/TCVNAcquisitionAborter.h"
 #include "core/TCorvaneException.h"
 #include "core/TDeviceServer.h"

@@ -1,6 +1,6 @@
 #include "components/TCorvaneMerakGratingInfo.h"
 
-#include "components/WavelengthSpan.h"
+#include "components/optics/WavelengthSpan.h"
 #include "controller/TMerakOrbis.h"
 
 float TCorvaneMerakGratingInfo::GetLines(int grating) const {

@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "components/MerakOperation.h"
-#include "components/Truncation.h"
+#include "components/optics/Truncation.h"
 #include "controller/TMerakOrbis.h"
 
 namespace {

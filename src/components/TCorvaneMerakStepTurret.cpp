@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "components/MerakOperation.h"
-#include "components/TStepperWaveToSteps.h"
+#include "components/optics/TStepperWaveToSteps.h"
 #include "controller/TMerakOrbis.h"
 #include "eeprom/StructureVersion.h"
 #include "eeprom/TTivanMerakEeprom.h"

@@ -3,7 +3,7 @@
 // 1, ports from 0; results are controller codes.
 #pragma once
 
-#include "controller/MerakResult.h"
+#include "core/MerakResult.h"
 
 class TMCorvaneGratingStrategy {
  public:

@@ -2,7 +2,7 @@
 // here (TCorvaneMerakStepTurret). TMerakWavelength chooses one for every call. Results are controller codes.
 #pragma once
 
-#include "controller/MerakResult.h"
+#include "core/MerakResult.h"
 
 class TMCorvaneWaveStrategy {
  public:

@@ -5,7 +5,7 @@
 #include "components/TCorvaneMerakGratingInfo.h"
 #include "components/TCorvaneMerakStepTurret.h"
 #include "components/TMerakSpectrographDevice.h"
-#include "components/WavelengthSpan.h"
+#include "components/optics/WavelengthSpan.h"
 #include "controller/TMerakOrbis.h"
 #include "eeprom/MerakEepromRecord.h"
 

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "controller/MerakResult.h"
 #include "controller/TReplyWatch.h"
+#include "core/MerakResult.h"
 
 class TMerakControl {
  public:

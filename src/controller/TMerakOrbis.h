@@ -14,8 +14,8 @@
 #include <string_view>
 #include <vector>
 
-#include "controller/MerakResult.h"
 #include "controller/TMerakOrbisCache.h"
+#include "core/MerakResult.h"
 
 class IMerakEepromAccess;
 class TI2CInterface;

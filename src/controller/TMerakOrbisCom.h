@@ -6,8 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "controller/MerakResult.h"
 #include "controller/TReplyWatch.h"
+#include "core/MerakResult.h"
 
 class TI2CInterface;
 class TMerakControl;

@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-#include "controller/MerakResult.h"
+#include "core/MerakResult.h"
 #include "eeprom/IMerakEepromAccess.h"
 #include "eeprom/MerakEepromRecord.h"
 

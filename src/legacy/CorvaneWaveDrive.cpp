@@ -1,8 +1,8 @@
 // Corvane: the wave drive. It turns through EECorvData::kStepsPerTurn steps and always ends its moves forward.
 #include <limits>
 
-#include "components/TTivanMath.h"
-#include "components/WavelengthSpan.h"
+#include "components/optics/TTivanMath.h"
+#include "components/optics/WavelengthSpan.h"
 #include "legacy/Corvane.h"
 #include "platform/TimeSource.h"
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "camera/TCorvaneDetection.h"
+#include "legacy/TCorvaneDetection.h"
 
 TCorvaneI2CControl::TCorvaneI2CControl(char* path) : TCorvaneI2CControl(std::make_unique<TGlobalControl>(path)) {
 }

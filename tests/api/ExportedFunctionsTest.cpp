@@ -15,7 +15,7 @@
 #include "calibration/TCalibration.h"
 #include "core/TCorvaneException.h"
 #include "core/TSpectrographHardware.h"
-#include "core/TSpectrographList.h"
+#include "core/discovery/TSpectrographList.h"
 #include "legacy/TCorvaneI2CControl.h"
 
 namespace {

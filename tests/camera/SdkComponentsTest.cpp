@@ -6,10 +6,10 @@
 #include <memory>
 #include <tuple>
 
-#include "camera/TCorvaneX3Hardware.h"
+#include "camera/legacyparts/TCorvaneX3Hardware.h"
 #include "legacy/Corvane.h"
-#include "legacy/FakeLegacyInstrument.h"
 #include "support/BusyLog.h"
+#include "support/FakeLegacyInstrument.h"
 
 namespace {
 

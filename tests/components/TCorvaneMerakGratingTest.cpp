@@ -7,11 +7,11 @@
 #include <string>
 #include <utility>
 
-#include "components/Instrument.h"
 #include "components/TCorvaneMerakEeprom.h"
 #include "components/TCorvaneMerakGratingInfo.h"
 #include "components/TMerakSpectrographDevice.h"
 #include "components/TMerakWavelength.h"
+#include "support/ScriptedInstrument.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 #include <memory>
 #include <string>
 
-#include "components/Instrument.h"
-#include "components/TStepperWaveToSteps.h"
-#include "components/TWavelengthConversion.h"
+#include "components/optics/TStepperWaveToSteps.h"
+#include "components/optics/TWavelengthConversion.h"
+#include "support/ScriptedInstrument.h"
 
 namespace {
 

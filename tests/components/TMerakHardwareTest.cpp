@@ -12,10 +12,10 @@
 #include <string>
 #include <utility>
 
-#include "components/Instrument.h"
 #include "components/TCorvaneMerakSlit.h"
 #include "components/TCorvaneMerakStepTurret.h"
 #include "components/TMerakSpectrographDevice.h"
+#include "support/ScriptedInstrument.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <utility>
 
-#include "components/Instrument.h"
 #include "controller/TMerakOrbis.h"
 #include "eeprom/TTivanMerakEeprom.h"
+#include "support/ScriptedInstrument.h"
 
 namespace {
 

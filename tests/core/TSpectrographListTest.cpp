@@ -1,5 +1,5 @@
 // The search for instruments: cameras from several sources, older instruments behind them, then controllers.
-#include "core/TSpectrographList.h"
+#include "core/discovery/TSpectrographList.h"
 
 #include <gtest/gtest.h>
 
@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "calibration/TCalibration.h"
-#include "camera/TCorvaneDetection.h"
 #include "legacy/Corvane.h"
-#include "legacy/FakeLegacyInstrument.h"
+#include "legacy/TCorvaneDetection.h"
 #include "legacy/TCorvaneI2CControl.h"
+#include "support/FakeLegacyInstrument.h"
 #include "support/ScriptedBridge.h"
 #include "support/TemporaryDirectory.h"
 

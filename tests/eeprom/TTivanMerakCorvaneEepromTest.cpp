@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "eeprom/EepromImage.h"
+#include "support/EepromImage.h"
 #include "support/FakeTime.h"
 
 namespace {

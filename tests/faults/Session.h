@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "system/EveryFunction.h"
+#include "support/EveryFunction.h"
 
 struct SessionResult {
   struct Answer {

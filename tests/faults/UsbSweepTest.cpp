@@ -11,7 +11,7 @@
 #include "Session.h"
 #include "bridge/VirtualUsbBus.h"
 #include "controller/MotionController.h"
-#include "controller/Scenario.h"
+#include "scenario/Scenario.h"
 #include "support/FakeTime.h"
 #include "support/TemporaryDirectory.h"
 

@@ -8,7 +8,7 @@
 #include <limits>
 #include <tuple>
 
-#include "FakeLegacyInstrument.h"
+#include "support/FakeLegacyInstrument.h"
 #include "support/TemporaryDirectory.h"
 
 namespace {

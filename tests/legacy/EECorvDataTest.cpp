@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "legacy/CorvDataKeys.h"
-#include "legacy/FakeLegacyInstrument.h"
 #include "platform/TivanLocale.h"
 #include "support/CommaLocale.h"
+#include "support/FakeLegacyInstrument.h"
 #include "support/TemporaryDirectory.h"
 
 namespace {

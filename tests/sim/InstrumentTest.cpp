@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "controller/CommandSet.h"
-#include "controller/Scenario.h"
+#include "scenario/Scenario.h"
 
 namespace corvane::sim {
 namespace {

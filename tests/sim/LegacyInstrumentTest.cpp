@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "legacy/LegacyReader.h"
+#include "scenario/LegacyReader.h"
 
 namespace corvane::sim {
 namespace {

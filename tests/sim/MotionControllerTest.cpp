@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "controller/Scenario.h"
+#include "scenario/Scenario.h"
 
 namespace corvane::sim {
 namespace {

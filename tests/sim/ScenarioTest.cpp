@@ -1,4 +1,4 @@
-#include "controller/Scenario.h"
+#include "scenario/Scenario.h"
 
 #include <gmock/gmock.h>
 

@@ -3,7 +3,7 @@
 
 #include <mutex>
 
-#include "controller/ISerialPeer.h"
+#include "model/ISerialPeer.h"
 
 class LockedPeer final : public ISerialPeer {
  public:

@@ -4,8 +4,8 @@
 #include <climits>
 #include <cmath>
 
-#include "EveryFunction.h"
 #include "InstrumentFixture.h"
+#include "support/EveryFunction.h"
 
 using nlohmann::json;
 

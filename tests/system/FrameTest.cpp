@@ -7,7 +7,7 @@
 #include <map>
 #include <string>
 
-#include "EveryFunction.h"
+#include "support/EveryFunction.h"
 
 namespace {
 

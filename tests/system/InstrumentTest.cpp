@@ -16,10 +16,10 @@
 #include <tuple>
 #include <vector>
 
-#include "EveryFunction.h"
 #include "InstrumentFixture.h"
 #include "controller/EepromImage.h"
 #include "support/CommaLocale.h"
+#include "support/EveryFunction.h"
 
 using corvane::sim::EepromImage;
 using corvane::sim::Field;

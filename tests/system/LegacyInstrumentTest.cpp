@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "EveryFunction.h"
+#include "support/EveryFunction.h"
 #include "support/LegacyLaboratory.h"
 
 using nlohmann::json;

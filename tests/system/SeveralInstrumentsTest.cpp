@@ -16,7 +16,7 @@
 #include "bridge/SerialPeers.h"
 #include "bridge/VirtualUsbBus.h"
 #include "controller/MotionController.h"
-#include "controller/Scenario.h"
+#include "scenario/Scenario.h"
 #include "support/LegacyLaboratory.h"
 #include "support/LockedPeer.h"
 

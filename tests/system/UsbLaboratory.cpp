@@ -6,7 +6,7 @@
 #include "bridge/BridgeChip.h"
 #include "bridge/VirtualUsbBus.h"
 #include "controller/MotionController.h"
-#include "controller/Scenario.h"
+#include "scenario/Scenario.h"
 #include "support/LockedPeer.h"
 #include "support/TemporaryDirectory.h"
 
