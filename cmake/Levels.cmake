@@ -3,12 +3,16 @@
 #
 # Level 0 comes in two: platform and usbserial do not know each other, and tests put a scripted bridge in the place
 # of usbserial.
+corvane_precompiled_headers(
+  levels
+  <algorithm> <array> <chrono> <functional> <map> <memory> <mutex> <optional> <string> <string_view> <vector>)
 set(CORVANE_LEVELS platform usbserial 1 2 3 4 5 6)
 foreach(level IN LISTS CORVANE_LEVELS)
   set(target corvane_level_${level})
   add_library(${target} OBJECT)
   target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${target} PRIVATE corvane_options)
+  corvane_use_precompiled(${target} levels)
 endforeach()
 
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/levels.txt)
