@@ -72,6 +72,15 @@ class CameraSweep : public testing::TestWithParam<std::tuple<Swept, bool>> {
     return {state["positions"], state["lastForward"]};
   }
 
+  /// A controller's question costs some twenty transfers, one for each character of its reply. Of an older instrument a
+  /// bus that stays dead is met by every transfer alike, and polling repeats itself every two or three.
+  Strides StridesFor(bool fromThenOn) const {
+    if (!mSwept.IsLegacy()) {
+      return {.record = 23, .driving = 3};
+    }
+    return {.record = 31, .driving = fromThenOn ? 5U : 1U};
+  }
+
   FakeTime mTime;
   const Swept& mSwept = std::get<0>(GetParam());
   LegacyLaboratory mLab{mSwept.scenario};
@@ -85,11 +94,8 @@ TEST_P(CameraSweep, EndsInDefinedStatusesAndWorksAgainAfterwards) {
   const json stands = Stands();
   ASSERT_TRUE(baseline.found);
   ASSERT_EQ(baseline.Failures(), mSwept.failures);
-  // A controller's question costs some twenty transfers, one for each character of its reply. Of an older instrument a
-  // bus that stays dead is met by every transfer alike, and polling repeats itself every two or three.
-  const Strides strides = !mSwept.IsLegacy() ? Strides{23, 3} : fromThenOn ? Strides{31, 5} : Strides{31, 1};
   Sweep(
-      baseline, mOperations, strides,
+      baseline, mOperations, StridesFor(fromThenOn),
       [&](std::uint64_t transfer) {
         mLab.Bus().ArmFault(transfer, fromThenOn ? 1 : 0, kBusFailure);
         const SessionResult result = RunOnce();
@@ -105,25 +111,24 @@ TEST_P(CameraSweep, EndsInDefinedStatusesAndWorksAgainAfterwards) {
   EXPECT_EQ(Stands(), stands);
 }
 
-json Controller(const char* model) {
-  return {{"i2c", {{"model", model}}}};
+Swept SweptController(const char* model, int failures) {
+  return {model, ControllerSession(), {{"i2c", {{"model", model}}}}, failures};
 }
 
 // The library's pauses cost nothing here, so neither may what they wait for.
-json Legacy(int fpga) {
-  return {{"legacy", {{"motion", 0}, {"writeTime", 0}, {"fpga", fpga}}}, {"detector", {{"pixels", 1024}}}};
+Swept SweptLegacy(const char* name, int fpga) {
+  const json instrument = {{"motion", 0}, {"writeTime", 0}, {"fpga", fpga}};
+  return {name, kLegacySession, {{"legacy", instrument}, {"detector", {{"pixels", 1024}}}}, 0};
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, CameraSweep,
-                         testing::Combine(testing::Values(Swept{"LX", ControllerSession(), Controller("LX"), 9},
-                                                          Swept{"MX", ControllerSession(), Controller("MX"), 9},
-                                                          Swept{"SX", ControllerSession(), Controller("SX"), 13},
-                                                          Swept{"LegacyRegisters", kLegacySession, Legacy(23), 0},
-                                                          Swept{"LegacyBursts", kLegacySession, Legacy(22), 0}),
-                                          testing::Bool()),
-                         [](const auto& instance) {
-                           return std::get<0>(instance.param).name +
-                                  std::string(std::get<1>(instance.param) ? "FromThenOn" : "Once");
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Faults, CameraSweep,
+    testing::Combine(testing::Values(SweptController("LX", kControllerFailures),
+                                     SweptController("MX", kControllerFailures), SweptController("SX", kSxFailures),
+                                     SweptLegacy("LegacyRegisters", 23), SweptLegacy("LegacyBursts", 22)),
+                     testing::Bool()),
+    [](const auto& instance) {
+      return std::get<0>(instance.param).name + std::string(std::get<1>(instance.param) ? "FromThenOn" : "Once");
+    });
 
 }  // namespace

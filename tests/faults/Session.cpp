@@ -21,12 +21,13 @@ std::ptrdiff_t Entries(const char* folder) {
 /// Whether a folder of /proc/self comes to a number of entries; the virtual bus announces a chip over a socket that is
 /// open for a moment.
 bool SettlesAt(const char* folder, std::ptrdiff_t expected) {
-  bool settled = false;
-  for (int i = 0; i < 1000 && !settled; ++i) {
-    settled = Entries(folder) == expected;
-    std::this_thread::sleep_for(std::chrono::milliseconds(settled ? 0 : 1));
+  for (int looks = 1; Entries(folder) != expected; ++looks) {
+    if (looks == 10'000) {
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
-  return settled;
+  return true;
 }
 
 bool Begins(const std::string& call, const char* function) {
@@ -84,13 +85,12 @@ std::uint64_t NextFault(std::uint64_t operation, const SessionResult& baseline, 
 }  // namespace
 
 int SessionResult::Failures() const {
-  return static_cast<int>(std::count_if(answers.begin(), answers.end(),
-                                        [](const Answer& answer) { return answer.status != CORVANE_SUCCESS; }));
+  const auto failed = [](const Answer& answer) { return answer.status != CORVANE_SUCCESS; };
+  return static_cast<int>(std::ranges::count_if(answers, failed));
 }
 
 bool SessionResult::SameStatuses(const SessionResult& other) const {
-  return found == other.found && std::equal(answers.begin(), answers.end(), other.answers.begin(), other.answers.end(),
-                                            [](const Answer& a, const Answer& b) { return a.status == b.status; });
+  return found == other.found && std::ranges::equal(answers, other.answers, {}, &Answer::status, &Answer::status);
 }
 
 std::string SessionResult::Difference(const SessionResult& other) const {
