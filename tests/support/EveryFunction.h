@@ -25,16 +25,15 @@ struct Outputs {
   std::string Report() const {
     std::ostringstream report;
     const auto add = [&report](const auto& value) { report << (report.tellp() > 0 ? "," : "") << value; };
-    for (const float value : floats) {
-      if (value != kFloat) {
-        add(value);
+    const auto addWritten = [&add](const auto& values, auto untouched) {
+      for (const auto value : values) {
+        if (value != untouched) {
+          add(value);
+        }
       }
-    }
-    for (const int value : ints) {
-      if (value != kInt) {
-        add(value);
-      }
-    }
+    };
+    addWritten(floats, kFloat);
+    addWritten(ints, kInt);
     if (text != Filled()) {
       add(text.data());
     }

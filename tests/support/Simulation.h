@@ -23,8 +23,6 @@ class Simulation {
   decltype(&CorvaneSimFaultHits) FaultHits = Symbol<decltype(CorvaneSimFaultHits)>("CorvaneSimFaultHits");
   decltype(&CorvaneSimArmReplyFault) ArmReplyFault =
       Symbol<decltype(CorvaneSimArmReplyFault)>("CorvaneSimArmReplyFault");
-  decltype(&CorvaneSimClearReplyFaults) ClearReplyFaults =
-      Symbol<decltype(CorvaneSimClearReplyFaults)>("CorvaneSimClearReplyFaults");
 
  private:
   template <typename Function>

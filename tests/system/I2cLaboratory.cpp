@@ -14,7 +14,6 @@ class I2cLaboratory final : public Laboratory {
     scenario["i2c"] = scenario["instrument"];
     scenario.erase("instrument");
     mFolder.Write("corvane-sim.json", scenario.dump());
-    mSimulation.Log(nullptr, 0);
     mSimulation.ArmFault(0, 0, 0);
   }
 
@@ -55,7 +54,7 @@ class I2cLaboratory final : public Laboratory {
   void ArmReplyFault(const nlohmann::json& fault) override {
     Check(mSimulation.ArmReplyFault(0, fault.dump().c_str()));
   }
-  int OpeningLines() const override { return 2; }
+  std::size_t OpeningLines() const override { return 2; }
   bool HasDetector() const override { return true; }
 
  private:

@@ -2,6 +2,7 @@
 // implementation (I2cLaboratory.cpp, UsbLaboratory.cpp).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -24,7 +25,7 @@ class Laboratory {
   /// A reply fault as in a scenario's "faults" list.
   virtual void ArmReplyFault(const nlohmann::json& fault) = 0;
   /// Lines that opening costs beyond the record and the hardware's own question.
-  virtual int OpeningLines() const = 0;
+  virtual std::size_t OpeningLines() const = 0;
   /// Whether the library can ask a camera for the detector's geometry.
   virtual bool HasDetector() const = 0;
 };

@@ -49,12 +49,10 @@ class UsbLaboratory final : public Laboratory {
     return mController.GetInstrument().TrueCentre().value();
   }
   void ArmReplyFault(const nlohmann::json& fault) override {
-    const Scenario parsed =
-        corvane::sim::ParseScenario(nlohmann::json{{"i2c", {{"faults", {fault}}}}}.dump(), "fault", mFolder.Path());
     const std::lock_guard lock(mPeer.Mutex());
-    mController.Arm(parsed.i2c.value().faults.at(0));
+    mController.Arm(corvane::sim::ParseReplyFault(fault.dump()));
   }
-  int OpeningLines() const override { return 4; }
+  std::size_t OpeningLines() const override { return 4; }
   bool HasDetector() const override { return false; }
 
  private:
