@@ -18,7 +18,12 @@ const CommandWord* Find(std::string_view word) {
   return nullptr;
 }
 
-bool Knows(const Instrument& instrument, Family family) {
+/// What a word does, with its question mark or without; null where it is no query or no command.
+Action ActionOf(const CommandWord& entry, bool isQuery) {
+  return isQuery ? entry.query : entry.command;
+}
+
+bool Knows(const ControllerInstrument& instrument, Family family) {
   return family == Family::kBoth || (family == Family::kTexts) == instrument.KeepsTexts();
 }
 
@@ -28,7 +33,13 @@ std::string_view WordOf(std::string_view line) {
   return line.substr(0, line.find(' '));
 }
 
-Reply Execute(Instrument& instrument, std::string_view line) {
+bool IsCommandWord(std::string_view word) {
+  const bool isQuery = word.ends_with('?');
+  const CommandWord* const entry = Find(word.substr(0, word.size() - (isQuery ? 1 : 0)));
+  return entry != nullptr && ActionOf(*entry, isQuery) != nullptr;
+}
+
+Reply Execute(ControllerInstrument& instrument, std::string_view line) {
   std::string_view word = WordOf(line);
   const LineParameters parameters(line.substr(word.size()));
   const bool isQuery = word.ends_with('?');
@@ -37,7 +48,7 @@ Reply Execute(Instrument& instrument, std::string_view line) {
   }
   const CommandWord* const entry = Find(word);
   const bool isKnown = entry != nullptr && Knows(instrument, entry->family);
-  const Action action = !isKnown ? nullptr : isQuery ? entry->query : entry->command;
+  const Action action = isKnown ? ActionOf(*entry, isQuery) : nullptr;
   return action == nullptr ? Error(kIllegalCommand) : action(instrument, parameters);
 }
 

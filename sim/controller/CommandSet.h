@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "controller/Instrument.h"
+#include "controller/ControllerInstrument.h"
 
 namespace corvane::sim {
 
@@ -17,9 +17,12 @@ struct Reply {
 };
 
 /// Carries out one line (no carriage return). A word with a question mark is a query.
-Reply Execute(Instrument& instrument, std::string_view line);
+Reply Execute(ControllerInstrument& instrument, std::string_view line);
 
 /// The word of a line, with its question mark where it is a query.
 std::string_view WordOf(std::string_view line);
+
+/// Whether controllers of some model know the word.
+bool IsCommandWord(std::string_view word);
 
 }  // namespace corvane::sim

@@ -19,7 +19,7 @@ inline constexpr const char* kNoSlit = "E09";
 inline constexpr const char* kPositionUnknown = "E10";
 inline constexpr const char* kNotFitted = "E12";
 
-using Action = Reply (*)(Instrument&, const LineParameters&);
+using Action = Reply (*)(ControllerInstrument&, const LineParameters&);
 
 /// Which controllers know a word: those that keep their record in bytes (LX, MX), in texts (SX), or both.
 enum class Family { kBoth, kBytes, kTexts };
@@ -50,10 +50,10 @@ inline Reply DoneOr(bool done, const char* word, double milliseconds) {
   return done ? Done(milliseconds) : Error(word);
 }
 
-inline const MotionTimes& Motion(const Instrument& instrument) {
+inline const MotionTimes& Motion(const ControllerInstrument& instrument) {
   return instrument.Description().motion;
 }
-inline const Parts& PartsOf(const Instrument& instrument) {
+inline const Parts& PartsOf(const ControllerInstrument& instrument) {
   return instrument.Description().parts;
 }
 

@@ -1,31 +1,21 @@
-#include <array>
 #include <vector>
 
 #include "controller/CommandWords.h"
+#include "model/FixedDecimals.h"
 
 namespace corvane::sim {
 namespace {
 
-/// Decimal digits as printf's %.Nf gives them, whatever the locale.
-std::string Fixed(double value, int decimals) {
-  std::array<char, 400> buffer{};
-  const auto [end, error] =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, decimals);
-  std::string text(buffer.data(), error == std::errc{} ? end : buffer.data());
-  const bool isNegativeZero = text.starts_with('-') && text.find_first_not_of("-0.") == std::string::npos;
-  return isNegativeZero ? text.substr(1) : text;
-}
-
-Reply Hello(Instrument&, const LineParameters&) {
+Reply Hello(ControllerInstrument&, const LineParameters&) {
   return Done();
 }
 
-Reply SystemInfo(Instrument& instrument, const LineParameters&) {
+Reply SystemInfo(ControllerInstrument& instrument, const LineParameters&) {
   const InstrumentDescription& is = instrument.Description();
   return Value(is.maker + "," + is.designation + "," + is.serial + "," + is.board + ",V" + is.firmware);
 }
 
-Reply ReadMemory(Instrument& instrument, const LineParameters& parameters) {
+Reply ReadMemory(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto address = parameters.OnlyInt();
   if (!address) {
     return Error(kBadParameter);
@@ -33,7 +23,7 @@ Reply ReadMemory(Instrument& instrument, const LineParameters& parameters) {
   return EepromImage::IsValid(*address) ? Value(instrument.Memory().Byte(*address)) : Error(kMemoryError);
 }
 
-Reply WriteMemory(Instrument& instrument, const LineParameters& parameters) {
+Reply WriteMemory(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto address = parameters.Int(0);
   const auto value = parameters.Int(1);
   if (!address || !value || parameters.Count() != 2) {
@@ -45,7 +35,7 @@ Reply WriteMemory(Instrument& instrument, const LineParameters& parameters) {
   return DoneOr(instrument.WriteMemory(*address, *value), kBadParameter, 0);
 }
 
-Reply ReadParameter(Instrument& instrument, const LineParameters& parameters) {
+Reply ReadParameter(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto number = parameters.OnlyInt();
   if (!number) {
     return Error(kBadParameter);
@@ -54,7 +44,7 @@ Reply ReadParameter(Instrument& instrument, const LineParameters& parameters) {
 }
 
 /// The text is everything behind the comma, further commas too; an empty one clears the parameter.
-Reply WriteParameter(Instrument& instrument, const LineParameters& parameters) {
+Reply WriteParameter(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto number = parameters.Int(0);
   const auto text = parameters.Rest();
   if (!number || !text) {
@@ -67,27 +57,27 @@ Reply WriteParameter(Instrument& instrument, const LineParameters& parameters) {
   return Done();
 }
 
-Reply ReadPosition(Instrument& instrument, const LineParameters&) {
+Reply ReadPosition(ControllerInstrument& instrument, const LineParameters&) {
   const auto wavelength = instrument.Wavelength();
   return wavelength ? Value(Fixed(*wavelength, 4)) : Error(kPositionUnknown);
 }
 
-Reply MoveTo(Instrument& instrument, const LineParameters& parameters) {
+Reply MoveTo(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto wavelength = parameters.Get<double>(0);
   const bool done = wavelength && parameters.Count() == 1 && instrument.MoveTo(*wavelength);
   return DoneOr(done, kBadParameter, Motion(instrument).wavelength);
 }
 
-Reply ReadGrating(Instrument& instrument, const LineParameters&) {
+Reply ReadGrating(ControllerInstrument& instrument, const LineParameters&) {
   return Value(instrument.Stands().grating);
 }
 
-Reply SelectGrating(Instrument& instrument, const LineParameters& parameters) {
+Reply SelectGrating(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto grating = parameters.OnlyInt();
   return DoneOr(grating && instrument.SelectGrating(*grating), kBadParameter, Motion(instrument).grating);
 }
 
-Reply GratingHome(Instrument& instrument, const LineParameters&) {
+Reply GratingHome(ControllerInstrument& instrument, const LineParameters&) {
   return DoneOr(instrument.GratingHome(), kPositionUnknown, Motion(instrument).home);
 }
 
@@ -97,7 +87,7 @@ const Turret* MountedTurret(const Record& record) {
 }
 
 /// A line for each grating: its number, lines and blaze.
-Reply ListGratings(Instrument& instrument, const LineParameters&) {
+Reply ListGratings(ControllerInstrument& instrument, const LineParameters&) {
   const Record record = instrument.FirmwareRecord();
   const Turret* const turret = MountedTurret(record);
   std::string text;
@@ -109,7 +99,7 @@ Reply ListGratings(Instrument& instrument, const LineParameters&) {
 }
 
 /// The number of the turret, then number, lines, start and offset of each of three gratings.
-Reply MemoryInfo(Instrument& instrument, const LineParameters&) {
+Reply MemoryInfo(ControllerInstrument& instrument, const LineParameters&) {
   const Record record = instrument.FirmwareRecord();
   const Turret* const turret = MountedTurret(record);
   constexpr std::size_t kGroups = 3;
@@ -123,24 +113,24 @@ Reply MemoryInfo(Instrument& instrument, const LineParameters&) {
   return Value(text);
 }
 
-Reply ReadStep(Instrument& instrument, const LineParameters&) {
+Reply ReadStep(ControllerInstrument& instrument, const LineParameters&) {
   return Value(instrument.Step());
 }
 
-Reply StepTo(Instrument& instrument, const LineParameters& parameters) {
+Reply StepTo(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto step = parameters.OnlyInt();
   return DoneOr(step && instrument.StepTo(*step), kBadParameter, Motion(instrument).wavelength);
 }
 
-Reply ReadTotalSteps(Instrument& instrument, const LineParameters&) {
+Reply ReadTotalSteps(ControllerInstrument& instrument, const LineParameters&) {
   return Value(instrument.TotalSteps());
 }
 
-Reply ReadTurret(Instrument& instrument, const LineParameters&) {
+Reply ReadTurret(ControllerInstrument& instrument, const LineParameters&) {
   return Value(instrument.MountedTurret());
 }
 
-Reply SetTurret(Instrument& instrument, const LineParameters& parameters) {
+Reply SetTurret(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto turret = parameters.OnlyInt();
   return DoneOr(turret && instrument.SetMountedTurret(*turret), kBadParameter, 0);
 }

@@ -18,7 +18,7 @@ struct FieldSize {
 constexpr FieldSize kFieldSizes[] = {
     {Field::kId, 20, 20},
     {Field::kStructureVersion, 10, 10},
-    {Field::kSerial, 10, 10},
+    {Field::kSerial, kSerialLength, kSerialLength},
     {Field::kManufactured, 11, 11},
     {Field::kModified, 11, 11},
     {Field::kFocalLength, 4, 4},
@@ -71,30 +71,14 @@ constexpr TurretFields kTurretFields[kMaxTurrets] = {
      Field::kTurret3Gratings},
 };
 
-// The features that came with a structure version.
+/// Older records have neither lines nor blaze texts.
 bool HasLines(StructureVersion version) {
   return version.AtLeast(1, 1);
 }
-bool HasGratingCounts(StructureVersion version) {
-  return version.AtLeast(1, 2);
-}
-bool HasTurrets(StructureVersion version) {
-  return version.AtLeast(1, 3);
-}
-int DetectorOffsets(StructureVersion version) {
-  return version.major >= 3 ? 4 : 2;
-}
-int BlazeWidth(StructureVersion version) {
-  return version.major >= 3 ? 6 : 4;
-}
-
-constexpr int kFilterWidth = 10;
-constexpr int kImageGratings = 3;
-
-/// Values at an address, and onward from value to value: writing and reading share the walk.
-class Cursor {
+/// Writes values one behind the other, from a field's address on.
+class FieldWriter {
  public:
-  Cursor(EepromImage& image, Field field, StructureVersion version)
+  FieldWriter(EepromImage& image, Field field, StructureVersion version)
       : mImage(image), mAddress(EepromImage::AddressOf(field, version)) {}
 
   void Put(std::uint32_t word) {
@@ -116,9 +100,10 @@ class Cursor {
   int mAddress;
 };
 
-class Reader {
+/// Reads them.
+class FieldReader {
  public:
-  Reader(const EepromImage& image, Field field, StructureVersion version)
+  FieldReader(const EepromImage& image, Field field, StructureVersion version)
       : mImage(image), mAddress(EepromImage::AddressOf(field, version)) {}
 
   std::uint8_t Byte() { return mImage.Byte(mAddress++); }
@@ -145,40 +130,40 @@ class Reader {
 };
 
 void PutTurret(EepromImage& image, const Turret& turret, const TurretFields& fields, StructureVersion version) {
-  Cursor offsets(image, fields.offsets, version);
-  Cursor starts(image, fields.starts, version);
-  Cursor lines(image, fields.lines, version);
-  Cursor blazes(image, fields.blazes, version);
-  for (std::size_t g = 0; g < kImageGratings; ++g) {
+  FieldWriter offsets(image, fields.offsets, version);
+  FieldWriter starts(image, fields.starts, version);
+  FieldWriter lines(image, fields.lines, version);
+  FieldWriter blazes(image, fields.blazes, version);
+  for (std::size_t g = 0; g < EepromImage::kGratings; ++g) {
     const bool mounted = g < turret.gratings.size();
     const Grating grating = mounted ? turret.gratings[g] : Grating{0.0F, "", 0, 0};
     offsets.Put(grating.offset);
     starts.Put(grating.start);
     if (HasLines(version)) {
       lines.Put(grating.lines);
-      blazes.Put(grating.blaze, BlazeWidth(version));
+      blazes.Put(grating.blaze, EepromImage::BlazeWidth(version));
     }
   }
-  if (HasGratingCounts(version)) {
+  if (EepromImage::HasGratingCounts(version)) {
     image.SetByte(EepromImage::AddressOf(fields.gratings, version), static_cast<std::uint8_t>(turret.gratings.size()));
   }
 }
 
 Turret ReadTurret(const EepromImage& image, Turret base, const TurretFields& fields, StructureVersion version) {
-  if (HasGratingCounts(version)) {
+  if (EepromImage::HasGratingCounts(version)) {
     const int count = image.Byte(EepromImage::AddressOf(fields.gratings, version));
-    base.gratings.resize(static_cast<std::size_t>(std::min(count, kImageGratings)));
+    base.gratings.resize(static_cast<std::size_t>(std::min(count, EepromImage::kGratings)));
   }
-  Reader offsets(image, fields.offsets, version);
-  Reader starts(image, fields.starts, version);
-  Reader lines(image, fields.lines, version);
-  Reader blazes(image, fields.blazes, version);
+  FieldReader offsets(image, fields.offsets, version);
+  FieldReader starts(image, fields.starts, version);
+  FieldReader lines(image, fields.lines, version);
+  FieldReader blazes(image, fields.blazes, version);
   for (Grating& grating : base.gratings) {
     grating.offset = offsets.Int();
     grating.start = starts.Int();
     if (HasLines(version)) {
       grating.lines = lines.Float();
-      grating.blaze = blazes.Text(BlazeWidth(version));
+      grating.blaze = blazes.Text(EepromImage::BlazeWidth(version));
     }
   }
   return base;
@@ -205,45 +190,47 @@ int EepromImage::AddressOf(Field field, StructureVersion version) {
 EepromImage::EepromImage(const Record& record, StructureVersion version, unsigned char fill) {
   mBytes.fill(fill);
   const auto text = [&](Field field, std::string_view value) {
-    Cursor(*this, field, version).Put(value, SizeOf(field, version));
+    FieldWriter(*this, field, version).Put(value, SizeOf(field, version));
   };
   text(Field::kId, record.id);
   text(Field::kStructureVersion, std::to_string(version.major) + "." + std::to_string(version.minor));
   text(Field::kSerial, record.serial);
   text(Field::kManufactured, record.manufactured);
   text(Field::kModified, record.modified);
-  Cursor(*this, Field::kFocalLength, version).Put(record.focalLength);
-  Cursor(*this, Field::kAngularDeviation, version).Put(record.angularDeviation);
-  Cursor(*this, Field::kTilt, version).Put(record.tilt);
-  Cursor coefficients(*this, Field::kCoefficients, version);
+  FieldWriter(*this, Field::kFocalLength, version).Put(record.focalLength);
+  FieldWriter(*this, Field::kAngularDeviation, version).Put(record.angularDeviation);
+  FieldWriter(*this, Field::kTilt, version).Put(record.tilt);
+  FieldWriter coefficients(*this, Field::kCoefficients, version);
   for (const float coefficient : record.coefficients) {
     coefficients.Put(coefficient);
   }
-  Cursor(*this, Field::kSinePhase, version).Put(record.sinePhase);
-  Cursor(*this, Field::kSineFrequency, version).Put(record.sineFrequency);
-  Cursor(*this, Field::kSineAmplitude, version).Put(record.sineAmplitude);
+  FieldWriter(*this, Field::kSinePhase, version).Put(record.sinePhase);
+  FieldWriter(*this, Field::kSineFrequency, version).Put(record.sineFrequency);
+  FieldWriter(*this, Field::kSineAmplitude, version).Put(record.sineAmplitude);
   SetByte(AddressOf(Field::kWaveToStepsEnabled, version), record.waveToStepsEnabled ? 1 : 0);
-  Cursor(*this, Field::kCurrentWavelength, version).Put(record.currentWavelength);
-  Cursor detectorOffsets(*this, Field::kDetectorOffsets, version);
+  FieldWriter(*this, Field::kCurrentWavelength, version).Put(record.currentWavelength);
+  FieldWriter detectorOffsets(*this, Field::kDetectorOffsets, version);
   for (int i = 0; i < DetectorOffsets(version); ++i) {
     detectorOffsets.Put(record.detectorOffsets[static_cast<std::size_t>(i)]);
   }
-  Cursor filters(*this, Field::kFilterLabels, version);
+  FieldWriter filters(*this, Field::kFilterLabels, version);
   for (const std::string& filter : record.filters) {
-    filters.Put(filter, kFilterWidth);
+    filters.Put(filter, FilterLabelWidth(version));
   }
-  const std::size_t turrets = HasTurrets(version) ? kMaxTurrets : 1;
+  const auto turrets = static_cast<std::size_t>(Turrets(version));
   for (std::size_t t = 0; t < turrets; ++t) {
     PutTurret(*this, t < record.turrets.size() ? record.turrets[t] : Turret{}, kTurretFields[t], version);
   }
-  if (HasTurrets(version)) {
+  if (Turrets(version) > 1) {
     SetByte(AddressOf(Field::kTurrets, version), static_cast<std::uint8_t>(record.turrets.size()));
     SetByte(AddressOf(Field::kActiveTurret, version), static_cast<std::uint8_t>(record.activeTurret));
   }
 }
 
 StructureVersion EepromImage::Version() const {
-  const std::string text = Reader(*this, Field::kStructureVersion, StructureVersion{}).Text(10);
+  constexpr Field kField = Field::kStructureVersion;
+  constexpr StructureVersion kAny;  // the field stands in one place in all
+  const std::string text = FieldReader(*this, kField, kAny).Text(SizeOf(kField, kAny));
   StructureVersion version{0, 0};
   const char* const end = text.data() + text.size();
   const auto [next, error] = std::from_chars(text.data(), end, version.major);
@@ -256,37 +243,38 @@ StructureVersion EepromImage::Version() const {
 Record EepromImage::Decode(const Record& base) const {
   const StructureVersion version = Version();
   Record record = base;
-  record.id = Reader(*this, Field::kId, version).Text(20);
-  record.serial = Reader(*this, Field::kSerial, version).Text(10);
-  record.manufactured = Reader(*this, Field::kManufactured, version).Text(11);
-  record.modified = Reader(*this, Field::kModified, version).Text(11);
-  record.focalLength = Reader(*this, Field::kFocalLength, version).Float();
-  record.angularDeviation = Reader(*this, Field::kAngularDeviation, version).Float();
-  record.tilt = Reader(*this, Field::kTilt, version).Float();
-  Reader coefficients(*this, Field::kCoefficients, version);
+  const auto text = [&](Field field) { return FieldReader(*this, field, version).Text(SizeOf(field, version)); };
+  record.id = text(Field::kId);
+  record.serial = text(Field::kSerial);
+  record.manufactured = text(Field::kManufactured);
+  record.modified = text(Field::kModified);
+  record.focalLength = FieldReader(*this, Field::kFocalLength, version).Float();
+  record.angularDeviation = FieldReader(*this, Field::kAngularDeviation, version).Float();
+  record.tilt = FieldReader(*this, Field::kTilt, version).Float();
+  FieldReader coefficients(*this, Field::kCoefficients, version);
   for (float& coefficient : record.coefficients) {
     coefficient = coefficients.Float();
   }
-  record.sinePhase = Reader(*this, Field::kSinePhase, version).Float();
-  record.sineFrequency = Reader(*this, Field::kSineFrequency, version).Float();
-  record.sineAmplitude = Reader(*this, Field::kSineAmplitude, version).Float();
+  record.sinePhase = FieldReader(*this, Field::kSinePhase, version).Float();
+  record.sineFrequency = FieldReader(*this, Field::kSineFrequency, version).Float();
+  record.sineAmplitude = FieldReader(*this, Field::kSineAmplitude, version).Float();
   record.waveToStepsEnabled = Byte(AddressOf(Field::kWaveToStepsEnabled, version)) != 0;
-  record.currentWavelength = Reader(*this, Field::kCurrentWavelength, version).Float();
+  record.currentWavelength = FieldReader(*this, Field::kCurrentWavelength, version).Float();
   record.detectorOffsets = {};
-  Reader detectorOffsets(*this, Field::kDetectorOffsets, version);
+  FieldReader detectorOffsets(*this, Field::kDetectorOffsets, version);
   for (int i = 0; i < DetectorOffsets(version); ++i) {
     record.detectorOffsets[static_cast<std::size_t>(i)] = detectorOffsets.Int();
   }
-  Reader filters(*this, Field::kFilterLabels, version);
+  FieldReader filters(*this, Field::kFilterLabels, version);
   for (std::string& filter : record.filters) {
-    filter = filters.Text(kFilterWidth);
+    filter = filters.Text(FilterLabelWidth(version));
   }
-  record.turrets.resize(HasTurrets(version) ? kMaxTurrets : 1);
+  record.turrets.resize(static_cast<std::size_t>(Turrets(version)));
   for (std::size_t t = 0; t < record.turrets.size(); ++t) {
     record.turrets[t] = ReadTurret(*this, record.turrets[t], kTurretFields[t], version);
   }
   record.activeTurret = 0;
-  if (HasTurrets(version)) {
+  if (Turrets(version) > 1) {
     record.activeTurret = std::min<int>(Byte(AddressOf(Field::kActiveTurret, version)), kMaxTurrets - 1);
   }
   return record;

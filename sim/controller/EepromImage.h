@@ -1,5 +1,5 @@
-// The byte-addressed memory of an instrument, and the layout of its record by structure version. Used by Instrument
-// (firmware) and by tests; it does not know the library's view of the same bytes.
+// The byte-addressed memory of an instrument, and the layout of its record by structure version. Used by
+// ControllerInstrument (firmware), scenarios and tests; it does not know the library's view of the same bytes.
 #pragma once
 
 #include <array>
@@ -58,6 +58,14 @@ class EepromImage {
   /// Address (from 1) and size in bytes of a field.
   static int AddressOf(Field field, StructureVersion version);
   static int SizeOf(Field field, StructureVersion version);
+
+  static constexpr int kGratings = 3;  ///< of each turret
+  static bool HasGratingCounts(StructureVersion version) { return version.AtLeast(1, 2); }
+  static int Turrets(StructureVersion version) { return version.AtLeast(1, 3) ? kMaxTurrets : 1; }
+  static int DetectorOffsets(StructureVersion version) { return SizeOf(Field::kDetectorOffsets, version) / 4; }
+  /// Bytes of one text.
+  static int BlazeWidth(StructureVersion version) { return SizeOf(Field::kTurret1Blazes, version) / kGratings; }
+  static int FilterLabelWidth(StructureVersion version) { return SizeOf(Field::kFilterLabels, version) / kFilters; }
 
   EepromImage() = default;
   /// The image of a record: fields that the version has, fill elsewhere.

@@ -1,5 +1,5 @@
-// What an instrument remembers without power: bytes on an LX or MX, numbered texts on an SX. Used by Instrument and by
-// the state file.
+// What an instrument remembers without power: bytes on an LX or MX, numbered texts on an SX. Used by
+// ControllerInstrument and by the state file.
 #pragma once
 
 #include "controller/EepromImage.h"

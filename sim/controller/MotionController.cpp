@@ -67,11 +67,11 @@ void MotionController::FromHost(std::span<const std::uint8_t> bytes) {
     }
     const std::string line = std::move(mPartialLine);
     mPartialLine.clear();
-    TakeLine(line);
+    CarryOut(line);
   }
 }
 
-void MotionController::TakeLine(const std::string& line) {
+void MotionController::CarryOut(const std::string& line) {
   if (mLines.size() >= 2 * kKeptLines) {
     mLines.erase(mLines.begin(), mLines.begin() + kKeptLines);
   }

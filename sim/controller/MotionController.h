@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "controller/Instrument.h"
+#include "controller/ControllerInstrument.h"
 #include "model/ISerialPeer.h"
 #include "model/InstrumentDescription.h"
 #include "model/SimulationClock.h"
@@ -41,7 +41,7 @@ class MotionController : public ISerialPeer {
   const std::vector<std::string>& Lines() const { return mLines; }
   unsigned long long LineCount() const { return mLineCount; }
   /// The instrument itself: where its turret really stands, what its memory holds.
-  const Instrument& GetInstrument() const { return mInstrument; }
+  const ControllerInstrument& GetInstrument() const { return mInstrument; }
 
  private:
   struct ArmedFault {
@@ -53,11 +53,11 @@ class MotionController : public ISerialPeer {
     SimulationTime due;
   };
 
-  void TakeLine(const std::string& line);
+  void CarryOut(const std::string& line);
   std::vector<ReplyFault> FaultsFor(const std::string& line);
   void Send(const std::string& reply, SimulationTime due, const std::vector<ReplyFault>& faults);
 
-  Instrument mInstrument;
+  ControllerInstrument mInstrument;
   SimulationLog* mLog;
   std::string mName;
   SimulationClock mClock;

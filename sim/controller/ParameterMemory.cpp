@@ -6,7 +6,7 @@
 namespace corvane::sim {
 namespace {
 
-// Numbers of single values, and of the first of a row.
+// Numbers of single values, and of the first of several.
 constexpr int kSerial = 0;
 constexpr int kId = 1;
 constexpr int kManufactured = 2;
@@ -28,7 +28,7 @@ constexpr int kDetectorOffsets = 67;
 constexpr int kFilterLabels = 82;
 constexpr int kGratingCounts = 114;
 constexpr int kTurretNames = 122;
-/// In the rows of gratings each turret has this much room.
+/// Among the values of gratings each turret has this much room.
 constexpr int kGratingsPerTurret = 4;
 static_assert(kMaxGratings == kGratingsPerTurret);
 

@@ -1,5 +1,5 @@
-// The numbered texts in which an SX keeps its record, and what each number holds. Used by Instrument (firmware) and by
-// the state file; it does not know the library's view of the same numbers.
+// The numbered texts in which an SX keeps its record, and what each number holds. Used by ControllerInstrument
+// (firmware) and by the state file; it does not know the library's view of the same numbers.
 #pragma once
 
 #include <array>

@@ -10,7 +10,7 @@ namespace {
 /// The first firmware that knows slit modes.
 constexpr double kSlitModeFirmware = 2.7;
 
-double FirmwareNumber(const Instrument& instrument) {
+double FirmwareNumber(const ControllerInstrument& instrument) {
   const std::string& text = instrument.Description().firmware;
   double number = 0;
   std::from_chars(text.data(), text.data() + text.size(), number);
@@ -18,7 +18,7 @@ double FirmwareNumber(const Instrument& instrument) {
 }
 
 /// How the controller numbers the slits.
-std::optional<SlitIndex> SlitOf(const Instrument& instrument, std::optional<int> number) {
+std::optional<SlitIndex> SlitOf(const ControllerInstrument& instrument, std::optional<int> number) {
   constexpr std::array<SlitIndex, kSlits> kByNumber{kSlitSI1, kSlitSO2, kSlitSO1, kSlitSI2};
   if (!number || *number < 1 || *number > kSlits) {
     return std::nullopt;
@@ -28,14 +28,14 @@ std::optional<SlitIndex> SlitOf(const Instrument& instrument, std::optional<int>
 }
 
 // Without a flipper mirror the light goes straight: the query has an answer, the command has nothing to move.
-Reply ReadEntrancePort(Instrument& instrument, const LineParameters&) {
+Reply ReadEntrancePort(ControllerInstrument& instrument, const LineParameters&) {
   return Value(instrument.Stands().entrancePort);
 }
-Reply ReadExitPort(Instrument& instrument, const LineParameters&) {
+Reply ReadExitPort(ControllerInstrument& instrument, const LineParameters&) {
   return Value(instrument.Stands().exitPort);
 }
 
-Reply SetEntrancePort(Instrument& instrument, const LineParameters& parameters) {
+Reply SetEntrancePort(ControllerInstrument& instrument, const LineParameters& parameters) {
   if (!PartsOf(instrument).entranceFlipper) {
     return Error(kNotFitted);
   }
@@ -43,7 +43,7 @@ Reply SetEntrancePort(Instrument& instrument, const LineParameters& parameters) 
   return DoneOr(port && instrument.SetEntrancePort(*port), kBadParameter, Motion(instrument).flipper);
 }
 
-Reply SetExitPort(Instrument& instrument, const LineParameters& parameters) {
+Reply SetExitPort(ControllerInstrument& instrument, const LineParameters& parameters) {
   if (!PartsOf(instrument).exitFlipper) {
     return Error(kNotFitted);
   }
@@ -51,7 +51,7 @@ Reply SetExitPort(Instrument& instrument, const LineParameters& parameters) {
   return DoneOr(port && instrument.SetExitPort(*port), kBadParameter, Motion(instrument).flipper);
 }
 
-Reply ListPeripherals(Instrument& instrument, const LineParameters&) {
+Reply ListPeripherals(ControllerInstrument& instrument, const LineParameters&) {
   constexpr std::array<const char*, kSlits> kSlitTags{"SI1", "SI2", "SO1", "SO2"};
   const Parts& parts = PartsOf(instrument);
   std::vector<std::string> names;
@@ -84,15 +84,15 @@ Reply ListPeripherals(Instrument& instrument, const LineParameters&) {
 }
 
 /// What is fitted does not change by being told: the list is accepted and the parts stay.
-Reply SetPeripherals(Instrument&, const LineParameters& parameters) {
+Reply SetPeripherals(ControllerInstrument&, const LineParameters& parameters) {
   return DoneOr(parameters.Count() > 0, kBadParameter, 0);
 }
 
-Reply ReadFilter(Instrument& instrument, const LineParameters&) {
+Reply ReadFilter(ControllerInstrument& instrument, const LineParameters&) {
   return PartsOf(instrument).filterWheel ? Value(instrument.Stands().filter) : Error(kNoFilterWheel);
 }
 
-Reply SetFilter(Instrument& instrument, const LineParameters& parameters) {
+Reply SetFilter(ControllerInstrument& instrument, const LineParameters& parameters) {
   if (!PartsOf(instrument).filterWheel) {
     return Error(kNoFilterWheel);
   }
@@ -100,18 +100,18 @@ Reply SetFilter(Instrument& instrument, const LineParameters& parameters) {
   return DoneOr(filter && instrument.SetFilter(*filter), kBadParameter, Motion(instrument).filter);
 }
 
-Reply FilterHome(Instrument& instrument, const LineParameters&) {
+Reply FilterHome(ControllerInstrument& instrument, const LineParameters&) {
   if (!PartsOf(instrument).filterWheel) {
     return Error(kNoFilterWheel);
   }
   return DoneOr(instrument.SetFilter(1), kBadParameter, Motion(instrument).home);
 }
 
-Reply ReadFilterMode(Instrument& instrument, const LineParameters&) {
+Reply ReadFilterMode(ControllerInstrument& instrument, const LineParameters&) {
   return PartsOf(instrument).filterWheel ? Value(instrument.Stands().filterMode) : Error(kNoFilterWheel);
 }
 
-Reply SetFilterMode(Instrument& instrument, const LineParameters& parameters) {
+Reply SetFilterMode(ControllerInstrument& instrument, const LineParameters& parameters) {
   if (!PartsOf(instrument).filterWheel) {
     return Error(kNoFilterWheel);
   }
@@ -122,17 +122,17 @@ Reply SetFilterMode(Instrument& instrument, const LineParameters& parameters) {
   return Done();
 }
 
-Reply ReadFocus(Instrument& instrument, const LineParameters&) {
+Reply ReadFocus(ControllerInstrument& instrument, const LineParameters&) {
   return PartsOf(instrument).focusMirror ? Value(instrument.Stands().focus) : Error(kNotFitted);
 }
 
-Reply ReadFocusTotalSteps(Instrument& instrument, const LineParameters&) {
+Reply ReadFocusTotalSteps(ControllerInstrument& instrument, const LineParameters&) {
   const Parts& parts = PartsOf(instrument);
   return parts.focusMirror ? Value(parts.focusTotalSteps) : Error(kNotFitted);
 }
 
 /// Direction (1: toward zero, 0: away from it) and magnitude.
-Reply MoveFocus(Instrument& instrument, const LineParameters& parameters) {
+Reply MoveFocus(ControllerInstrument& instrument, const LineParameters& parameters) {
   if (!PartsOf(instrument).focusMirror) {
     return Error(kNotFitted);
   }
@@ -144,7 +144,7 @@ Reply MoveFocus(Instrument& instrument, const LineParameters& parameters) {
   return DoneOr(done, kBadParameter, Motion(instrument).focus);
 }
 
-Reply FocusHome(Instrument& instrument, const LineParameters&) {
+Reply FocusHome(ControllerInstrument& instrument, const LineParameters&) {
   if (!PartsOf(instrument).focusMirror) {
     return Error(kNotFitted);
   }
@@ -152,7 +152,7 @@ Reply FocusHome(Instrument& instrument, const LineParameters&) {
   return Done(Motion(instrument).home);
 }
 
-Reply ReadSlitMode(Instrument& instrument, const LineParameters& parameters) {
+Reply ReadSlitMode(ControllerInstrument& instrument, const LineParameters& parameters) {
   if (FirmwareNumber(instrument) < kSlitModeFirmware) {
     return Error(kIllegalCommand);
   }
@@ -160,7 +160,7 @@ Reply ReadSlitMode(Instrument& instrument, const LineParameters& parameters) {
   return slit ? Value(instrument.Stands().slitModes[*slit]) : Error(kNoSlit);
 }
 
-Reply SetSlitMode(Instrument& instrument, const LineParameters& parameters) {
+Reply SetSlitMode(ControllerInstrument& instrument, const LineParameters& parameters) {
   if (FirmwareNumber(instrument) < kSlitModeFirmware) {
     return Error(kIllegalCommand);
   }
@@ -175,12 +175,12 @@ Reply SetSlitMode(Instrument& instrument, const LineParameters& parameters) {
   return Done();
 }
 
-Reply ReadSlitWidth(Instrument& instrument, const LineParameters& parameters) {
+Reply ReadSlitWidth(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto slit = SlitOf(instrument, parameters.OnlyInt());
   return slit ? Value(instrument.Stands().slitWidths[*slit]) : Error(kNoSlit);
 }
 
-Reply SetSlitWidth(Instrument& instrument, const LineParameters& parameters) {
+Reply SetSlitWidth(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto slit = SlitOf(instrument, parameters.Int(0));
   if (!slit) {
     return Error(kNoSlit);
@@ -190,7 +190,7 @@ Reply SetSlitWidth(Instrument& instrument, const LineParameters& parameters) {
   return DoneOr(done, kBadParameter, Motion(instrument).slit);
 }
 
-Reply SlitHome(Instrument& instrument, const LineParameters& parameters) {
+Reply SlitHome(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto slit = SlitOf(instrument, parameters.OnlyInt());
   if (!slit) {
     return Error(kNoSlit);
@@ -200,12 +200,12 @@ Reply SlitHome(Instrument& instrument, const LineParameters& parameters) {
 }
 
 /// Output lines in the upper four bits, input lines in the lower.
-Reply ReadPort(Instrument& instrument, const LineParameters&) {
+Reply ReadPort(ControllerInstrument& instrument, const LineParameters&) {
   const Parts& parts = PartsOf(instrument);
   return parts.accessoryLines ? Value(instrument.Stands().portOutputs * 16 + parts.portInputs) : Error(kNotFitted);
 }
 
-Reply WritePort(Instrument& instrument, const LineParameters& parameters) {
+Reply WritePort(ControllerInstrument& instrument, const LineParameters& parameters) {
   if (!PartsOf(instrument).accessoryLines) {
     return Error(kNotFitted);
   }
@@ -213,11 +213,11 @@ Reply WritePort(Instrument& instrument, const LineParameters& parameters) {
   return DoneOr(lines && instrument.SetPortOutputs(*lines), kBadParameter, 0);
 }
 
-Reply ReadShutterMode(Instrument& instrument, const LineParameters&) {
+Reply ReadShutterMode(ControllerInstrument& instrument, const LineParameters&) {
   return Value(instrument.Stands().shutterMode);
 }
 
-Reply SetShutterMode(Instrument& instrument, const LineParameters& parameters) {
+Reply SetShutterMode(ControllerInstrument& instrument, const LineParameters& parameters) {
   const auto mode = parameters.OnlyInt();
   return DoneOr(mode && instrument.SetShutterMode(*mode), kBadParameter, 0);
 }

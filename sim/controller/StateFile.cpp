@@ -4,78 +4,79 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <vector>
 
+#include "model/Limits.h"
+#include "model/StrictJson.h"
+
 namespace corvane::sim {
+
+// The keys of the positions in a state file are their names here.
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Positions, turret, grating, mountedTurret, entrancePort, exitPort, filter,
+                                   filterMode, focus, slitWidths, slitModes, portOutputs, shutterMode)
+
 namespace {
 
 using nlohmann::json;
 
-void CheckRange(const char* name, std::int64_t value, std::int64_t low, std::int64_t high) {
-  if (value < low || value > high) {
-    throw std::runtime_error(std::string(name) + " is out of range");
+void Require(bool isSound, const std::string& problem) {
+  if (!isSound) {
+    throw std::runtime_error(problem);
   }
+}
+
+/// Conversion cuts decimals, wraps large numbers and passes over what it does not know; here none of that is positions.
+Positions ReadPositions(const json& stored) {
+  const json values = stored.flatten();
+  for (const auto& [place, value] : values.items()) {
+    Require(value.is_number_integer() || value.is_string(),
+            "positions" + place + " is neither a whole number nor a text");
+  }
+  auto positions = stored.get<Positions>();
+  const json understood = positions;
+  for (const auto& [key, value] : stored.items()) {
+    Require(understood.contains(key) && understood[key] == value, key + " is not known or out of range");
+  }
+  return positions;
 }
 
 void CheckPositions(const InstrumentDescription& description, const Positions& positions) {
   const std::int64_t turn = std::int64_t{description.drive.totalSteps} * description.drive.microsteps;
-  CheckRange("turret", positions.turret, 0, turn - 1);
-  CheckRange("grating", positions.grating, 1, kMaxGratings);
-  CheckRange("mountedTurret", positions.mountedTurret, 1, kUnlistedTurret);
-  CheckRange("entrancePort", positions.entrancePort, 0, 1);
-  CheckRange("exitPort", positions.exitPort, 0, 1);
-  CheckRange("filter", positions.filter, 1, kFilters);
-  CheckRange("focus", positions.focus, 0, description.parts.focusTotalSteps);
-  CheckRange("portOutputs", positions.portOutputs, 0, 15);
-  CheckRange("shutterMode", positions.shutterMode, 0, 1);
+  const struct {
+    const char* name;
+    int value;
+    Limits limits;
+  } bounded[] = {
+      {"grating", positions.grating, kGratingNumbers},
+      {"entrancePort", positions.entrancePort, kPortNumbers},
+      {"exitPort", positions.exitPort, kPortNumbers},
+      {"filter", positions.filter, kFilterNumbers},
+      {"focus", positions.focus, {0, description.parts.focusTotalSteps}},
+      {"portOutputs", positions.portOutputs, kLinePatterns},
+      {"shutterMode", positions.shutterMode, kShutterModes},
+  };
+  for (const auto& [name, value, limits] : bounded) {
+    Require(limits.Hold(value), std::string(name) + " is out of range");
+  }
+  for (const int width : positions.slitWidths) {
+    Require(kWideSlit.Hold(width), "slitWidths is out of range");
+  }
+  Require(positions.turret >= 0 && positions.turret < turn, "turret is out of range");
+  Require(kTurretNumbers.Hold(positions.mountedTurret) || positions.mountedTurret == kUnlistedTurret,
+          "mountedTurret is out of range");
 }
 
-Positions FromJson(const json& state) {
-  Positions positions;
-  state.at("turret").get_to(positions.turret);
-  state.at("grating").get_to(positions.grating);
-  positions.mountedTurret = state.value("mountedTurret", positions.mountedTurret);
-  state.at("entrancePort").get_to(positions.entrancePort);
-  state.at("exitPort").get_to(positions.exitPort);
-  state.at("filter").get_to(positions.filter);
-  state.at("filterMode").get_to(positions.filterMode);
-  state.at("focus").get_to(positions.focus);
-  state.at("slitWidths").get_to(positions.slitWidths);
-  state.at("slitModes").get_to(positions.slitModes);
-  state.at("portOutputs").get_to(positions.portOutputs);
-  state.at("shutterMode").get_to(positions.shutterMode);
-  return positions;
-}
-
-json ToJson(const Positions& positions) {
-  return {{"turret", positions.turret},
-          {"grating", positions.grating},
-          {"mountedTurret", positions.mountedTurret},
-          {"entrancePort", positions.entrancePort},
-          {"exitPort", positions.exitPort},
-          {"filter", positions.filter},
-          {"filterMode", positions.filterMode},
-          {"focus", positions.focus},
-          {"slitWidths", positions.slitWidths},
-          {"slitModes", positions.slitModes},
-          {"portOutputs", positions.portOutputs},
-          {"shutterMode", positions.shutterMode}};
-}
-
-InstrumentMemory MemoryFromJson(const InstrumentDescription& description, const json& state) {
+InstrumentMemory ReadMemory(const InstrumentDescription& description, const json& state) {
   InstrumentMemory memory;
   if (!description.KeepsTexts()) {
-    if (!memory.bytes.FromHex(state.at("memory").get<std::string>())) {
-      throw std::runtime_error("its memory image is damaged");
-    }
+    Require(memory.bytes.FromHex(state.at("memory").get<std::string>()), "its memory image is damaged");
     return memory;
   }
   const auto texts = state.at("parameters").get<std::vector<std::string>>();
-  if (texts.size() != ParameterMemory::kSize) {
-    throw std::runtime_error("its parameters are damaged");
-  }
+  Require(texts.size() == ParameterMemory::kSize, "its parameters are damaged");
   for (int number = 0; number < ParameterMemory::kSize; ++number) {
     memory.parameters.SetText(number, texts[static_cast<std::size_t>(number)]);
   }
@@ -89,14 +90,13 @@ bool LoadState(const InstrumentDescription& description, InstrumentMemory& memor
   if (!file) {
     return false;
   }
+  const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   try {
-    const json state = json::parse(file);
-    if (state.at("serial").get<std::string>() != description.serial) {
-      throw std::runtime_error("it belongs to instrument " + state.at("serial").get<std::string>() + ", not to " +
-                               description.serial);
-    }
-    const InstrumentMemory storedMemory = MemoryFromJson(description, state);
-    const Positions storedPositions = FromJson(state.at("positions"));
+    const json state = ParseStrictly(text, JsonComments::kNone);
+    const auto serial = state.at("serial").get<std::string>();
+    Require(serial == description.serial, "it belongs to instrument " + serial + ", not to " + description.serial);
+    const InstrumentMemory storedMemory = ReadMemory(description, state);
+    const Positions storedPositions = ReadPositions(state.at("positions"));
     CheckPositions(description, storedPositions);
     memory = storedMemory;
     positions = storedPositions;
@@ -108,7 +108,7 @@ bool LoadState(const InstrumentDescription& description, InstrumentMemory& memor
 }
 
 void SaveState(const InstrumentDescription& description, const InstrumentMemory& memory, const Positions& positions) {
-  json state = {{"serial", description.serial}, {"positions", ToJson(positions)}};
+  json state = {{"serial", description.serial}, {"positions", positions}};
   if (description.KeepsTexts()) {
     state["parameters"] = memory.parameters.Texts();
   } else {

@@ -16,6 +16,10 @@ inline constexpr int kMaxGratings = 4;
 inline constexpr int kUnlistedTurret = 99;
 inline constexpr int kFilters = 6;
 inline constexpr int kSlits = 4;
+/// Lines per mm of the grating for which records give their polynomials.
+inline constexpr float kReferenceLines = 1200.0F;
+/// Characters that an instrument's memory keeps of its serial number.
+inline constexpr int kSerialLength = 10;
 
 struct StructureVersion {
   int major = 3;
@@ -46,8 +50,8 @@ struct Record {
   float focalLength = 0.75F;
   float angularDeviation = 11.83F;
   float tilt = 6.7F;
-  /// Polynomial from x = wavelength / 1200 * lines to the sine of the motor angle, highest power (4) first. All zero:
-  /// the motor turns with the grating.
+  /// Polynomial from x = wavelength / kReferenceLines * lines to the sine of the motor angle, highest power (4) first.
+  /// All zero: the motor turns with the grating.
   std::array<float, 5> coefficients{};
   float sineAmplitude = 1.0F;     ///< steps
   float sinePhase = 0.0F;         ///< radians

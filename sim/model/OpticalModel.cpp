@@ -61,7 +61,7 @@ long double OpticalModel::PeriodicError(long double steps) const {
 }
 
 long double OpticalModel::LargestX() const {
-  return 2.0L * kNanometres * std::cos(mDeviation) / 1200.0L;
+  return 2.0L * kNanometres * std::cos(mDeviation) / kReferenceLines;
 }
 
 bool OpticalModel::IsMonotonic() const {
@@ -87,7 +87,7 @@ std::optional<long double> OpticalModel::StepsFromZero(long double wavelength) c
   if (wavelength == 0.0L) {
     return 0.0L;
   }
-  const long double motorSine = mDirect ? sine : Polynomial(wavelength * mLines / 1200.0L);
+  const long double motorSine = mDirect ? sine : Polynomial(wavelength * mLines / kReferenceLines);
   if (!(std::abs(motorSine) <= 1.0L)) {
     return std::nullopt;
   }
@@ -120,7 +120,7 @@ std::optional<long double> OpticalModel::WavelengthAt(long double stepsFromZero)
   if (!(Polynomial(low) <= motorSine && motorSine <= Polynomial(high))) {
     return std::nullopt;
   }
-  return 1200.0L * Bisect([&](long double x) { return Polynomial(x) - motorSine; }, low, high) / mLines;
+  return kReferenceLines * Bisect([&](long double x) { return Polynomial(x) - motorSine; }, low, high) / mLines;
 }
 
 std::optional<long double> OpticalModel::WavelengthAtPixel(long double centre, double pixel,

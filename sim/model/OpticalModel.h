@@ -1,5 +1,6 @@
 // The exact optics of one grating on one drive, in extended precision: turret position to wavelength and back, and the
-// wavelength at a place of the detector. Used by Instrument, once with the firmware's data and once with the real ones.
+// wavelength at a pixel of the detector. Used by both kinds of instrument, with the data of the firmware and with the
+// real ones.
 #pragma once
 
 #include <array>

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <utility>
 
-#include "controller/Instrument.h"
+#include "controller/ControllerInstrument.h"
 #include "legacy/LegacyInstrument.h"
 #include "support/TemporaryDirectory.h"
 
@@ -29,7 +29,7 @@ TEST(Scenario, EveryShippedOneDescribesAWorkingInstrument) {
       EXPECT_NEAR(*LegacyInstrument(*scenario.legacy).TrueCentre(), scenario.legacy->wavelength, 0.02) << entry.path();
     }
     if (scenario.i2c) {
-      const Instrument instrument(*scenario.i2c);
+      const ControllerInstrument instrument(*scenario.i2c);
       EXPECT_NEAR(*instrument.Wavelength(), scenario.i2c->wavelength, 1e-3) << entry.path();
       EXPECT_NEAR(*instrument.TrueCentre(), scenario.i2c->wavelength, 1e-3) << entry.path();
     }
@@ -47,7 +47,7 @@ TEST(Scenario, MistakesAreReportedWithTheirPlace) {
       {R"({"i2c": {"record": {"sine": {"amplitude": 200}}}})", "i2c.record.sine turns the drive back"},
       {R"({"i2c": {"model": "SX", "parts": {"entranceFlipper": true}}})", "entranceFlipper is nothing that an SX"},
       {R"({"i2c": {"faults": [{"error": "E01", "silence": true}]}})", "and only one"},
-      {R"({"legacy": {"memory": {"patches": [{"bytes": [256]}]}}})", "legacy.memory.patches[0].bytes [0] must be"},
+      {R"({"legacy": {"memory": {"patches": [{"bytes": [256]}]}}})", "legacy.memory.patches[0].bytes[0] must be"},
       {R"({"legacy": {"structureVersion": "1.0", "turrets": [{}]}})", "legacy.turrets are not in a record of this age"},
       {R"({"usb": [{}, {"vendorId": "136E"}]})", "usb[1].vendorId must be a USB identifier"},
       {R"({"transportFaults": [{"operation": 0}]})", "transportFaults[0].operation must be a whole number from 1"}};
@@ -61,13 +61,13 @@ TEST(StateFile, WhatItHoldsOutlivesTheInstrumentOnlyInItsOwnWholeFile) {
   const TemporaryDirectory directory;
   InstrumentDescription description = DefaultInstrument("SX");
   description.stateFile = directory.Path() / "state.json";
-  const auto load = [&] { const Instrument loaded(description); };
-  Instrument instrument(description);
+  const auto load = [&] { const ControllerInstrument loaded(description); };
+  ControllerInstrument instrument(description);
   instrument.MoveTo(612.5);
   instrument.SetFilter(2);
   instrument.WriteParameter(82, "5,\x01 \"x\" ");
   instrument.SetMountedTurret(kUnlistedTurret);
-  const Instrument again(description);
+  const ControllerInstrument again(description);
   EXPECT_EQ(again.Stands().filter, 2);
   EXPECT_EQ(again.Parameters().Text(82), "5,\x01 \"x\" ");
   EXPECT_EQ(again.MountedTurret(), kUnlistedTurret);

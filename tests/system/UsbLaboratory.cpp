@@ -12,7 +12,6 @@
 
 namespace {
 
-using corvane::sim::Instrument;
 using corvane::sim::MotionController;
 using corvane::sim::Scenario;
 

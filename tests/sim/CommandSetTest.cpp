@@ -1,4 +1,4 @@
-#include "controller/Instrument.h"
+#include "controller/ControllerInstrument.h"
 
 #include <gmock/gmock.h>
 
@@ -11,7 +11,7 @@ namespace corvane::sim {
 namespace {
 
 /// What the lines, separated by semicolons, are answered: a value, "OK" for a command carried out, or the error word.
-std::string Answers(Instrument& instrument, const std::string& lines) {
+std::string Answers(ControllerInstrument& instrument, const std::string& lines) {
   std::string answers;
   std::istringstream stream(lines);
   for (std::string line; std::getline(stream, line, ';');) {
@@ -23,10 +23,10 @@ std::string Answers(Instrument& instrument, const std::string& lines) {
 
 // What the library never sends, or does not look at.
 TEST(CommandSet, AnswersAsTheFirmwareDoes) {
-  Instrument mx(*LoadScenario(SCENARIOS "/mx").i2c);
-  Instrument sx(*LoadScenario(SCENARIOS "/sx").i2c);
+  ControllerInstrument mx(*LoadScenario(SCENARIOS "/mx").i2c);
+  ControllerInstrument sx(*LoadScenario(SCENARIOS "/sx").i2c);
   const struct {
-    Instrument& instrument;
+    ControllerInstrument& instrument;
     const char *lines, *answers;
   } session[] = {
       {mx, "GRATING 3;MOVETO 5000;GRATING 1;POSITION?", "OK;OK;OK;0.0000"},  // beyond its reach: zero order
@@ -52,7 +52,7 @@ TEST(CommandSet, RejectedLinesNameTheReasonAndChangeNothing) {
   InstrumentDescription description = DefaultInstrument();
   description.parts.filterWheel = description.parts.focusMirror = false;
   description.parts.entranceFlipper = description.parts.exitFlipper = false;
-  Instrument instrument(description);
+  ControllerInstrument instrument(description);
   const std::string before = instrument.Memory().ToHex();
   const std::pair<const char*, std::vector<const char*>> rejected[] = {
       {"E01", {" ", "step?", "STEP_ABS 5", "Hello?", "SYSTEMINFO", "CONFIG_SYSTEM_DATA? 1"}},

@@ -14,12 +14,13 @@
 namespace corvane::sim {
 
 class OpticalModel;
+struct Limits;
 
-class Instrument {
+class ControllerInstrument {
  public:
   /// Takes memory and positions from the description's state file where that exists. Throws std::runtime_error when
   /// the file is not one of this instrument.
-  explicit Instrument(const InstrumentDescription& description);
+  explicit ControllerInstrument(const InstrumentDescription& description);
 
   const InstrumentDescription& Description() const { return mDescription; }
   const EepromImage& Memory() const { return mMemory.bytes; }
@@ -86,7 +87,8 @@ class Instrument {
   std::optional<OpticalModel> RealModel() const;
   std::optional<long double> RealCentre() const;
   Record RealRecord() const;
-  bool Place(const Record& record, int grating, double wavelength);
+  bool TurnTo(const Record& record, int grating, double wavelength);
+  bool Set(int& position, int value, Limits limits);
   void Changed() const;
 
   InstrumentDescription mDescription;

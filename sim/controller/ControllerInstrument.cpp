@@ -1,21 +1,18 @@
-#include "controller/Instrument.h"
+#include "controller/ControllerInstrument.h"
 
 #include <cmath>
 #include <limits>
 
 #include "controller/StateFile.h"
+#include "model/Limits.h"
 #include "model/OpticalModel.h"
 
 namespace corvane::sim {
 namespace {
 
-constexpr int kWidestSlit = 2500;
-constexpr int kWidestLargeSlit = 24000;
-constexpr int kNarrowestSlit = 10;
-
 std::size_t DetectorOffsetIndex(const Record& record, StructureVersion version, int entrance, int exit) {
-  const int row = version.major >= 3 ? entrance : 0;
-  return std::min(static_cast<std::size_t>(exit + 2 * row), record.detectorOffsets.size() - 1);
+  const int entranceKept = version.major >= 3 ? entrance : 0;
+  return std::min(static_cast<std::size_t>(exit + 2 * entranceKept), record.detectorOffsets.size() - 1);
 }
 
 std::optional<double> ToDouble(const std::optional<long double>& value) {
@@ -24,7 +21,7 @@ std::optional<double> ToDouble(const std::optional<long double>& value) {
 
 }  // namespace
 
-Instrument::Instrument(const InstrumentDescription& description) : mDescription(description) {
+ControllerInstrument::ControllerInstrument(const InstrumentDescription& description) : mDescription(description) {
   for (std::size_t i = 0; i < kSlits; ++i) {
     mPositions.slitWidths[i] = description.parts.slits[i].width;
     mPositions.slitModes[i] = description.parts.slits[i].mode;
@@ -35,14 +32,14 @@ Instrument::Instrument(const InstrumentDescription& description) : mDescription(
   adjusted.memoryPatches.clear();
   adjusted.parameterPatches.clear();
   mMemory = InstrumentMemory(adjusted);
-  Place(FirmwareRecord(), description.grating, description.wavelength);
+  TurnTo(FirmwareRecord(), description.grating, description.wavelength);
   mMemory = InstrumentMemory(description);
   if (!description.stateFile.empty()) {
     LoadState(description, mMemory, mPositions);
   }
 }
 
-Record Instrument::FirmwareRecord() const {
+Record ControllerInstrument::FirmwareRecord() const {
   Record record = mMemory.Decode(mDescription);
   // Of a turret that its record does not list an SX knows as much as of the first.
   if (KeepsTexts() && mPositions.mountedTurret != kUnlistedTurret) {
@@ -51,7 +48,7 @@ Record Instrument::FirmwareRecord() const {
   return record;
 }
 
-Record Instrument::RealRecord() const {
+Record ControllerInstrument::RealRecord() const {
   Record record = mDescription.record;
   // Telling the memory of another turret is what a user does after mounting it.
   record.activeTurret = FirmwareRecord().activeTurret;
@@ -63,30 +60,30 @@ Record Instrument::RealRecord() const {
   return record;
 }
 
-const std::vector<Grating>& Instrument::Gratings(const Record& record) {
+const std::vector<Grating>& ControllerInstrument::Gratings(const Record& record) {
   static const std::vector<Grating> kNone;
   const auto turret = static_cast<std::size_t>(record.activeTurret);
   return turret < record.turrets.size() ? record.turrets[turret].gratings : kNone;
 }
 
-OpticalModel Instrument::ModelOf(const Record& record, const Grating& grating) const {
+OpticalModel ControllerInstrument::ModelOf(const Record& record, const Grating& grating) const {
   return {record, grating.lines, TotalSteps(), mDescription.structure.major >= 2};
 }
 
-long double Instrument::Zero(const Record& record, int grating) const {
+long double ControllerInstrument::Zero(const Record& record, int grating) const {
   const Grating& entry = Gratings(record)[static_cast<std::size_t>(grating) - 1];
   const std::size_t ports =
       DetectorOffsetIndex(record, mDescription.structure, mPositions.entrancePort, mPositions.exitPort);
   return static_cast<long double>(entry.start) + entry.offset + record.detectorOffsets[ports];
 }
 
-long double Instrument::FromZero(long double zero) const {
+long double ControllerInstrument::FromZero(long double zero) const {
   const long double turn = TotalSteps();
   const long double position = static_cast<long double>(mPositions.turret) / mDescription.drive.microsteps;
   return std::remainder(position - zero, turn);
 }
 
-int Instrument::GratingInBeam(const Record& record) const {
+int ControllerInstrument::GratingInBeam(const Record& record) const {
   // A grating works from zero order to an angle of 60 degrees; the middle of that range stands for its sector.
   const long double middle = TotalSteps() / 12.0L;
   const auto distance = [&](int grating) {
@@ -102,7 +99,7 @@ int Instrument::GratingInBeam(const Record& record) const {
   return best;
 }
 
-std::optional<OpticalModel> Instrument::RealModel() const {
+std::optional<OpticalModel> ControllerInstrument::RealModel() const {
   const Record record = RealRecord();
   const int grating = GratingInBeam(record);
   if (grating == 0) {
@@ -111,22 +108,22 @@ std::optional<OpticalModel> Instrument::RealModel() const {
   return ModelOf(record, Gratings(record)[static_cast<std::size_t>(grating) - 1]);
 }
 
-std::optional<long double> Instrument::RealCentre() const {
+std::optional<long double> ControllerInstrument::RealCentre() const {
   const Record record = RealRecord();
   const int grating = GratingInBeam(record);
   return grating == 0 ? std::nullopt : RealModel()->WavelengthAt(FromZero(Zero(record, grating)));
 }
 
-std::optional<double> Instrument::TrueWavelength(double pixel, const DetectorGeometry& detector) const {
+std::optional<double> ControllerInstrument::TrueWavelength(double pixel, const DetectorGeometry& detector) const {
   const std::optional<long double> centre = RealCentre();
   return centre ? ToDouble(RealModel()->WavelengthAtPixel(*centre, pixel, detector)) : std::nullopt;
 }
 
-std::optional<double> Instrument::TrueCentre() const {
+std::optional<double> ControllerInstrument::TrueCentre() const {
   return ToDouble(RealCentre());
 }
 
-std::optional<double> Instrument::Wavelength() const {
+std::optional<double> ControllerInstrument::Wavelength() const {
   const Record record = FirmwareRecord();
   const std::vector<Grating>& gratings = Gratings(record);
   const auto index = static_cast<std::size_t>(mPositions.grating) - 1;
@@ -136,7 +133,7 @@ std::optional<double> Instrument::Wavelength() const {
   return ToDouble(ModelOf(record, gratings[index]).WavelengthAt(FromZero(Zero(record, mPositions.grating))));
 }
 
-bool Instrument::Place(const Record& record, int grating, double wavelength) {
+bool ControllerInstrument::TurnTo(const Record& record, int grating, double wavelength) {
   const std::vector<Grating>& gratings = Gratings(record);
   if (grating < 1 || grating > static_cast<int>(gratings.size())) {
     return false;
@@ -156,29 +153,29 @@ bool Instrument::Place(const Record& record, int grating, double wavelength) {
   return true;
 }
 
-bool Instrument::MoveTo(double wavelength) {
-  const bool done = Place(FirmwareRecord(), mPositions.grating, wavelength);
+bool ControllerInstrument::MoveTo(double wavelength) {
+  const bool done = TurnTo(FirmwareRecord(), mPositions.grating, wavelength);
   Changed();
   return done;
 }
 
-bool Instrument::SelectGrating(int grating) {
+bool ControllerInstrument::SelectGrating(int grating) {
   const Record record = FirmwareRecord();
-  const bool done = Place(record, grating, Wavelength().value_or(0.0)) || Place(record, grating, 0.0);
+  const bool done = TurnTo(record, grating, Wavelength().value_or(0.0)) || TurnTo(record, grating, 0.0);
   Changed();
   return done;
 }
 
-bool Instrument::GratingHome() {
+bool ControllerInstrument::GratingHome() {
   return MoveTo(0.0);
 }
 
-int Instrument::Step() const {
+int ControllerInstrument::Step() const {
   const std::int64_t microsteps = mDescription.drive.microsteps;
   return static_cast<int>(((mPositions.turret + microsteps / 2) / microsteps) % TotalSteps());
 }
 
-bool Instrument::StepTo(int step) {
+bool ControllerInstrument::StepTo(int step) {
   if (step < 0 || step >= TotalSteps()) {
     return false;
   }
@@ -191,7 +188,7 @@ bool Instrument::StepTo(int step) {
   return true;
 }
 
-bool Instrument::WriteMemory(int address, int value) {
+bool ControllerInstrument::WriteMemory(int address, int value) {
   if (value < 0 || value > std::numeric_limits<std::uint8_t>::max()) {
     return false;
   }
@@ -200,21 +197,21 @@ bool Instrument::WriteMemory(int address, int value) {
   return true;
 }
 
-void Instrument::WriteParameter(int number, std::string_view text) {
+void ControllerInstrument::WriteParameter(int number, std::string_view text) {
   mMemory.parameters.SetText(number, text);
   Changed();
 }
 
-int Instrument::MountedTurret() const {
+int ControllerInstrument::MountedTurret() const {
   return KeepsTexts() ? mPositions.mountedTurret : FirmwareRecord().activeTurret + 1;
 }
 
-bool Instrument::SetMountedTurret(int turret) {
+bool ControllerInstrument::SetMountedTurret(int turret) {
   const StructureVersion version = Memory().Version();
   if (!KeepsTexts() && !version.AtLeast(1, 3)) {
     return turret == 1;
   }
-  if ((turret < 1 || turret > kMaxTurrets) && !(KeepsTexts() && turret == kUnlistedTurret)) {
+  if (!kTurretNumbers.Hold(turret) && !(KeepsTexts() && turret == kUnlistedTurret)) {
     return false;
   }
   if (!KeepsTexts()) {
@@ -225,39 +222,33 @@ bool Instrument::SetMountedTurret(int turret) {
   return true;
 }
 
-bool Instrument::SetEntrancePort(int port) {
-  if (port != 0 && port != 1) {
+bool ControllerInstrument::Set(int& position, int value, Limits limits) {
+  if (!limits.Hold(value)) {
     return false;
   }
-  mPositions.entrancePort = port;
+  position = value;
   Changed();
   return true;
 }
 
-bool Instrument::SetExitPort(int port) {
-  if (port != 0 && port != 1) {
-    return false;
-  }
-  mPositions.exitPort = port;
-  Changed();
-  return true;
+bool ControllerInstrument::SetEntrancePort(int port) {
+  return Set(mPositions.entrancePort, port, kPortNumbers);
 }
 
-bool Instrument::SetFilter(int filter) {
-  if (filter < 1 || filter > kFilters) {
-    return false;
-  }
-  mPositions.filter = filter;
-  Changed();
-  return true;
+bool ControllerInstrument::SetExitPort(int port) {
+  return Set(mPositions.exitPort, port, kPortNumbers);
 }
 
-void Instrument::SetFilterMode(const std::string& mode) {
+bool ControllerInstrument::SetFilter(int filter) {
+  return Set(mPositions.filter, filter, kFilterNumbers);
+}
+
+void ControllerInstrument::SetFilterMode(const std::string& mode) {
   mPositions.filterMode = mode;
   Changed();
 }
 
-bool Instrument::MoveFocus(long long steps) {
+bool ControllerInstrument::MoveFocus(long long steps) {
   const long long target = mPositions.focus + steps;
   if (target < 0 || target > mDescription.parts.focusTotalSteps) {
     return false;
@@ -267,50 +258,34 @@ bool Instrument::MoveFocus(long long steps) {
   return true;
 }
 
-void Instrument::FocusHome() {
+void ControllerInstrument::FocusHome() {
   mPositions.focus = 0;
   Changed();
 }
 
-bool Instrument::SetSlitWidth(SlitIndex slit, int width) {
-  const int widest = mPositions.slitModes[slit] == "SLIT-I24" ? kWidestLargeSlit : kWidestSlit;
-  if (width < kNarrowestSlit || width > widest) {
-    return false;
-  }
-  mPositions.slitWidths[slit] = width;
-  Changed();
-  return true;
+bool ControllerInstrument::SetSlitWidth(SlitIndex slit, int width) {
+  return Set(mPositions.slitWidths[slit], width, SlitWidths(mPositions.slitModes[slit]));
 }
 
-void Instrument::SlitHome(SlitIndex slit) {
-  mPositions.slitWidths[slit] = kNarrowestSlit;
+void ControllerInstrument::SlitHome(SlitIndex slit) {
+  mPositions.slitWidths[slit] = SlitWidths(mPositions.slitModes[slit]).least;
   Changed();
 }
 
-void Instrument::SetSlitMode(SlitIndex slit, const std::string& mode) {
+void ControllerInstrument::SetSlitMode(SlitIndex slit, const std::string& mode) {
   mPositions.slitModes[slit] = mode;
   Changed();
 }
 
-bool Instrument::SetPortOutputs(int lines) {
-  if (lines < 0 || lines > 15) {
-    return false;
-  }
-  mPositions.portOutputs = lines;
-  Changed();
-  return true;
+bool ControllerInstrument::SetPortOutputs(int lines) {
+  return Set(mPositions.portOutputs, lines, kLinePatterns);
 }
 
-bool Instrument::SetShutterMode(int mode) {
-  if (mode != 0 && mode != 1) {
-    return false;
-  }
-  mPositions.shutterMode = mode;
-  Changed();
-  return true;
+bool ControllerInstrument::SetShutterMode(int mode) {
+  return Set(mPositions.shutterMode, mode, kShutterModes);
 }
 
-void Instrument::Changed() const {
+void ControllerInstrument::Changed() const {
   if (!mDescription.stateFile.empty()) {
     SaveState(mDescription, mMemory, mPositions);
   }
