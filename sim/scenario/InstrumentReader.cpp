@@ -4,8 +4,11 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <numbers>
+#include <string_view>
 
+#include "controller/CommandSet.h"
 #include "controller/InstrumentMemory.h"
 #include "model/OpticalModel.h"
 #include "scenario/Scenario.h"
@@ -17,59 +20,133 @@ using nlohmann::json;
 
 constexpr double kAnyFloat = 3.0e38;
 constexpr int kAnyInt = std::numeric_limits<int>::max();
-constexpr double kLongestMotion = 600000.0;
+/// Positions in motor steps. Two of them have a sum.
+constexpr int kMostSteps = 1000000000;
 /// Separators of the controller's replies.
 constexpr const char* kSeparators = ",";
+constexpr std::size_t kLongestInfo = 64;
+constexpr std::size_t kLongestFileName = 4096;
+constexpr std::size_t kMostFaults = 1000;
+constexpr Bounds kByte{0, 255};
+constexpr Bounds kTime{0, kLongestTime};
 
-StructureVersion ReadStructureVersion(JsonSection& section) {
-  constexpr const char* kKey = "structureVersion";
-  std::string text = "3.0";
-  section.Read(kKey, text, 10);
-  StructureVersion version;
+using Description = InstrumentDescription;
+
+constexpr SectionKey<Description> kInstrumentKeys[] = {
+    {"maker", &Description::maker, Text(kLongestInfo, kSeparators)},
+    {"designation", &Description::designation, Text(kLongestInfo, kSeparators)},
+    {"serial", &Description::serial, Text(kSerialLength, kSeparators)},
+    {"board", &Description::board, Text(kLongestInfo, kSeparators)},
+    {"wavelength", &Description::wavelength, {0, kAnyFloat}},
+    {"grating", &Description::grating, Within(kGratingNumbers)},
+    {"latency", &Description::latency, kTime},
+};
+
+constexpr SectionKey<Drive> kDriveKeys[] = {
+    {"totalSteps", &Drive::totalSteps, {1000, kMostSteps}},
+    {"microsteps", &Drive::microsteps, {1, 65536}},
+};
+
+constexpr SectionKey<Parts> kPartKeys[] = {
+    {"filterWheel", &Parts::filterWheel},
+    {"entranceFlipper", &Parts::entranceFlipper},
+    {"exitFlipper", &Parts::exitFlipper},
+    {"accessoryLines", &Parts::accessoryLines},
+    {"portInputs", &Parts::portInputs, Within(kLinePatterns)},
+};
+
+constexpr SectionKey<Parts> kFocusKeys[] = {{"totalSteps", &Parts::focusTotalSteps, {1, kMostSteps}}};
+
+constexpr SectionKey<MotionTimes> kMotionKeys[] = {
+    {"wavelength", &MotionTimes::wavelength, kTime},
+    {"grating", &MotionTimes::grating, kTime},
+    {"home", &MotionTimes::home, kTime},
+    {"filter", &MotionTimes::filter, kTime},
+    {"slit", &MotionTimes::slit, kTime},
+    {"focus", &MotionTimes::focus, kTime},
+    {"flipper", &MotionTimes::flipper, kTime},
+};
+
+constexpr SectionKey<MemoryPatch> kPatchKeys[] = {{"address", &MemoryPatch::address, {1, EepromImage::kSize}}};
+
+constexpr SectionKey<ParameterPatch> kTextKeys[] = {
+    {"number", &ParameterPatch::number, {0, ParameterMemory::kSize - 1}},
+    {"text", &ParameterPatch::text, Text(ParameterMemory::kLongestText)},
+};
+
+constexpr SectionKey<ReplyFault> kFaultKeys[] = {
+    {"command", &ReplyFault::command, Text(kLongestInfo)},
+    {"occurrence", &ReplyFault::occurrence, {1, kAnyInt}},
+    {"repeat", &ReplyFault::fromThenOn},
+};
+
+constexpr SectionKey<ReplyFault> kSlowKeys[] = {{"slow", &ReplyFault::milliseconds, kTime}};
+constexpr SectionKey<ReplyFault> kGapKeys[] = {{"gap", &ReplyFault::milliseconds, kTime}};
+
+constexpr struct {
+  const char* name;
+  ReplyFault::Kind kind;
+} kTextFaults[] = {
+    {"error", ReplyFault::Kind::kError},
+    {"reply", ReplyFault::Kind::kReply},
+    {"stale", ReplyFault::Kind::kStale},
+};
+
+constexpr SectionKey<TransportFault> kTransportKeys[] = {
+    {"operation", &TransportFault::operation, {1, 1.0e15}},
+    {"repeat", &TransportFault::fromThenOn},
+    {"status", &TransportFault::status, {0, kAnyInt}},
+};
+
+constexpr SectionKey<Record> kOpticsKeys[] = {
+    {"focalLength", &Record::focalLength, {0.001, 100}},
+    {"angularDeviation", &Record::angularDeviation, {-89, 89}},
+    {"tilt", &Record::tilt, {-89, 89}},
+};
+
+/// Digits and nothing else; -1 for any other text.
+int Digits(std::string_view text) {
+  int number = -1;
   const char* const end = text.data() + text.size();
-  const auto [dot, error] = std::from_chars(text.data(), end, version.major);
-  if (error != std::errc{} || dot == end || *dot != '.') {
-    section.Fail(kKey, "must be major.minor, for example \"3.0\"");
-  }
-  const auto [rest, minorError] = std::from_chars(dot + 1, end, version.minor);
-  if (minorError != std::errc{} || rest != end || version.major < 1 || version.minor < 0) {
-    section.Fail(kKey, "must be major.minor, from \"1.0\"");
+  const bool isDigits = text.find_first_not_of("0123456789") == std::string_view::npos;
+  return isDigits && std::from_chars(text.data(), end, number).ec == std::errc{} ? number : -1;
+}
+
+/// A text "major.minor" with a major number in range.
+StructureVersion ReadVersion(JsonSection& section, const char* key, std::string& text, Limits majors) {
+  constexpr Limits kMinors{0, 99};
+  section.Read(key, text, Text(5));
+  const std::size_t point = std::min(text.find('.'), text.size());
+  const StructureVersion version{Digits(text.substr(0, point)), Digits(text.substr(std::min(point + 1, text.size())))};
+  if (!majors.Hold(version.major) || !kMinors.Hold(version.minor)) {
+    section.Fail(key, "must be major.minor, from \"" + std::to_string(majors.least) + ".0\" to \"" +
+                          std::to_string(majors.most) + "." + std::to_string(kMinors.most) + "\"");
   }
   return version;
 }
 
 /// What the record of an instrument has room for.
 struct Room {
-  std::size_t turrets;
-  std::size_t leastGratings;
-  std::size_t mostGratings;
-  std::size_t blaze;
-  std::size_t label;
-  std::size_t detectorOffsets;
+  std::size_t turrets = 0;
+  std::size_t leastGratings = 0;
+  std::size_t mostGratings = 0;
+  Bounds blaze;
+  Bounds label;
+  std::size_t detectorOffsets = 0;
 };
 
 Room RoomOf(const InstrumentDescription& instrument) {
   if (instrument.KeepsTexts()) {
-    return {kMaxTurrets, 1, kMaxGratings, 31, ParameterMemory::kLongestText, 4};
+    return {kMaxTurrets, 1, kMaxGratings, Text(31, kSeparators), Text(ParameterMemory::kLongestText), 4};
   }
   const StructureVersion version = instrument.structure;
-  constexpr std::size_t kGratings = 3;
-  const bool isLarge = version.major >= 3;
-  return {version.AtLeast(1, 3) ? std::size_t{kMaxTurrets} : 1,
-          version.AtLeast(1, 2) ? 1 : kGratings,
+  constexpr std::size_t kGratings = EepromImage::kGratings;
+  return {static_cast<std::size_t>(EepromImage::Turrets(version)),
+          EepromImage::HasGratingCounts(version) ? 1 : kGratings,
           kGratings,
-          isLarge ? std::size_t{6} : 4,
-          10,
-          isLarge ? std::size_t{4} : 2};
-}
-
-Grating ReadGrating(JsonSection section, Grating grating, const Room& room) {
-  section.Read("lines", grating.lines, 1.0, 10000.0);
-  section.Read("blaze", grating.blaze, room.blaze, kSeparators);
-  section.Read("start", grating.start, -kAnyInt, kAnyInt);
-  section.Read("offset", grating.offset, -kAnyInt, kAnyInt);
-  section.Finish();
-  return grating;
+          Text(static_cast<std::size_t>(EepromImage::BlazeWidth(version)), kSeparators),
+          Text(static_cast<std::size_t>(EepromImage::FilterLabelWidth(version))),
+          static_cast<std::size_t>(EepromImage::DetectorOffsets(version))};
 }
 
 std::vector<Turret> ReadTurrets(JsonSection& section, const InstrumentDescription& defaults, int totalSteps) {
@@ -84,7 +161,8 @@ std::vector<Turret> ReadTurrets(JsonSection& section, const InstrumentDescriptio
   for (JsonSection& entry : section.Sections("turrets", 1, room.turrets)) {
     Turret turret;
     for (JsonSection& grating : entry.Sections("gratings", room.leastGratings, room.mostGratings)) {
-      turret.gratings.push_back(ReadGrating(std::move(grating), standard(turret.gratings.size()), room));
+      const std::size_t index = turret.gratings.size();
+      turret.gratings.push_back(ReadGrating(std::move(grating), standard(index), room.blaze, kMostSteps));
     }
     if (turret.gratings.empty()) {
       entry.Fail("gratings", "is missing");
@@ -101,45 +179,45 @@ std::vector<Turret> ReadTurrets(JsonSection& section, const InstrumentDescriptio
   return turrets;
 }
 
+void ReadActiveTurret(JsonSection& section, InstrumentDescription& instrument) {
+  const json* const value = section.Value("activeTurret");
+  if (instrument.KeepsTexts() && value != nullptr && *value == kUnlistedTurret) {
+    instrument.turretNumber = kUnlistedTurret;
+    return;
+  }
+  Record& record = instrument.record;
+  section.Read("activeTurret", instrument.turretNumber, {1, static_cast<double>(record.turrets.size())});
+  record.activeTurret = instrument.turretNumber - 1;
+}
+
 void ReadRecord(JsonSection section, InstrumentDescription& instrument) {
   const Room room = RoomOf(instrument);
   Record& record = instrument.record;
-  section.Read("id", record.id, 20);
-  section.Read("serial", record.serial, 10);
-  section.Read("manufactured", record.manufactured, 11);
-  section.Read("modified", record.modified, 11);
+  const auto field = [&](Field which) {
+    return Text(static_cast<std::size_t>(EepromImage::SizeOf(which, instrument.structure)));
+  };
+  const SectionKey<Record> keys[] = {
+      {"id", &Record::id, field(Field::kId)},
+      {"serial", &Record::serial, field(Field::kSerial)},
+      {"manufactured", &Record::manufactured, field(Field::kManufactured)},
+      {"modified", &Record::modified, field(Field::kModified)},
+      {"waveToStepsEnabled", &Record::waveToStepsEnabled},
+      {"currentWavelength", &Record::currentWavelength, {0, kAnyFloat}},
+  };
+  ReadKeys(section, keys, record);
   ReadOptics(section, record);
-  if (auto sine = section.Section("sine")) {
-    sine->Read("amplitude", record.sineAmplitude, -1.0e6, 1.0e6);
-    sine->Read("phase", record.sinePhase, -1.0e3, 1.0e3);
-    sine->Read("frequency", record.sineFrequency, -1.0e9, 1.0e9);
-    sine->Finish();
-    if (2.0 * std::numbers::pi * std::abs(static_cast<double>(record.sineAmplitude)) >=
-            std::abs(static_cast<double>(record.sineFrequency)) &&
-        record.sineAmplitude != 0.0F) {
-      section.Fail("sine", "turns the drive back: 2 pi amplitude must be less than the frequency");
-    }
-  }
-  section.Read("waveToStepsEnabled", record.waveToStepsEnabled);
-  section.Read("currentWavelength", record.currentWavelength, 0.0, kAnyFloat);
-  ReadNumbers(section, "detectorOffsets", record.detectorOffsets, room.detectorOffsets);
-  ReadTexts(section, "filters", record.filters, room.label);
-  const bool isListed = !instrument.KeepsTexts() || section.Take("activeTurret") == nullptr ||
-                        *section.Take("activeTurret") != kUnlistedTurret;
-  if (isListed) {
-    section.Read("activeTurret", instrument.turretNumber, 1, static_cast<int>(record.turrets.size()));
-    record.activeTurret = instrument.turretNumber - 1;
-  } else {
-    instrument.turretNumber = kUnlistedTurret;
-  }
+  ReadSine(section, record, 1.0e6, {-1.0e9, 1.0e9});
+  const auto offsets = std::span(record.detectorOffsets).first(room.detectorOffsets);
+  section.ReadList("detectorOffsets", offsets, {-kMostSteps, kMostSteps});
+  section.ReadList("filters", std::span<std::string>(record.filters), room.label);
+  ReadActiveTurret(section, instrument);
   section.Finish();
 }
 
 Drive ReadDrive(JsonSection section) {
   Drive drive;
-  section.Read("totalSteps", drive.totalSteps, 1000, 1000000000);
-  section.Read("microsteps", drive.microsteps, 1, 65536);
-  ReadNumbers(section, "zeroErrors", drive.zeroErrors, drive.zeroErrors.size());
+  ReadKeys(section, kDriveKeys, drive);
+  section.ReadList("zeroErrors", std::span<int>(drive.zeroErrors), {-kMostSteps, kMostSteps});
   section.Finish();
   return drive;
 }
@@ -151,8 +229,8 @@ void ReadSlits(JsonSection section, Parts& parts) {
     slit = Slit{};
     if (auto entry = section.Section(kTags[i])) {
       slit.fitted = true;
-      entry->Read("mode", slit.mode, 35, kSeparators);
-      entry->Read("width", slit.width, 10, 24000);
+      entry->Read("mode", slit.mode, Text(35, kSeparators));
+      entry->Read("width", slit.width, Within(SlitWidths(slit.mode)));
       entry->Finish();
     }
   }
@@ -164,78 +242,50 @@ void ReadParts(JsonSection section, InstrumentDescription& instrument) {
   if (auto slits = section.Section("slits")) {
     ReadSlits(std::move(*slits), parts);
   }
-  section.Read("filterWheel", parts.filterWheel);
-  if (const json* const focus = section.Take("focusMirror")) {
+  if (const json* const focus = section.Value("focusMirror")) {
     parts.focusMirror = !focus->is_null();
     if (parts.focusMirror) {
-      JsonSection entry(*focus, section.File(), section.PlaceOf("focusMirror"));
-      entry.Read("totalSteps", parts.focusTotalSteps, 1, 1000000000);
-      entry.Finish();
+      ReadOnlyKeys(JsonSection(*focus, section.File(), section.PlaceOf("focusMirror")), kFocusKeys, parts);
     }
   }
-  section.Read("entranceFlipper", parts.entranceFlipper);
-  section.Read("exitFlipper", parts.exitFlipper);
-  section.Read("accessoryLines", parts.accessoryLines);
+  ReadKeys(section, kPartKeys, parts);
   if (instrument.KeepsTexts() && (parts.entranceFlipper || parts.accessoryLines)) {
     section.Fail(parts.entranceFlipper ? "entranceFlipper" : "accessoryLines", "is nothing that an SX can have");
   }
-  section.Read("portInputs", parts.portInputs, 0, 15);
-  if (const json* const others = section.Array("others", 0, 64)) {
-    for (const json& name : *others) {
-      if (!name.is_string() || name.get_ref<const std::string&>().empty()) {
-        section.Fail("others", "must hold names");
-      }
-      parts.others.push_back(name.get<std::string>());
-    }
-  }
+  parts.others.resize(64);
+  parts.others.resize(section.ReadList("others", std::span(parts.others), {1, kLongestInfo, kSeparators}));
   section.Finish();
 }
 
 void ReadMotion(JsonSection& instrument, MotionTimes& times) {
-  const json* const value = instrument.Take("motion");
+  const json* const value = instrument.Value("motion");
   if (value == nullptr) {
     return;
   }
   if (value->is_number()) {
     double all = 0;
-    instrument.Read("motion", all, 0.0, kLongestMotion);
+    instrument.Read("motion", all, kTime);
     times = {all, all, all, all, all, all, all};
     return;
   }
-  JsonSection section(*value, instrument.File(), instrument.PlaceOf("motion"));
-  section.Read("wavelength", times.wavelength, 0.0, kLongestMotion);
-  section.Read("grating", times.grating, 0.0, kLongestMotion);
-  section.Read("home", times.home, 0.0, kLongestMotion);
-  section.Read("filter", times.filter, 0.0, kLongestMotion);
-  section.Read("slit", times.slit, 0.0, kLongestMotion);
-  section.Read("focus", times.focus, 0.0, kLongestMotion);
-  section.Read("flipper", times.flipper, 0.0, kLongestMotion);
-  section.Finish();
+  ReadOnlyKeys(JsonSection(*value, instrument.File(), instrument.PlaceOf("motion")), kMotionKeys, times);
 }
 
 void ReadMemory(JsonSection section, InstrumentDescription& instrument) {
-  int fill = instrument.memoryFill;
-  section.Read("fill", fill, 0, 255);
-  instrument.memoryFill = static_cast<unsigned char>(fill);
+  section.Read("fill", instrument.memoryFill, kByte);
+  if (section.Value(instrument.KeepsTexts() ? "patches" : "texts") != nullptr) {
+    section.Fail(instrument.KeepsTexts() ? "patches" : "texts", "are not in the memory of this model");
+  }
   for (JsonSection& entry : section.Sections("patches", 0, EepromImage::kSize)) {
     MemoryPatch patch;
-    entry.Read("address", patch.address, 1, EepromImage::kSize);
-    if (const json* const bytes = entry.Array("bytes", 1, EepromImage::kSize)) {
-      for (const json& byte : *bytes) {
-        if (!byte.is_number_unsigned() || byte.get<std::uint64_t>() > 255) {
-          entry.Fail("bytes", "must hold numbers from 0 to 255");
-        }
-        patch.bytes.push_back(byte.get<unsigned char>());
-      }
-    }
+    ReadKeys(entry, kPatchKeys, patch);
+    patch.bytes = ReadBytes(entry, EepromImage::kSize - patch.address + 1);
     entry.Finish();
     instrument.memoryPatches.push_back(std::move(patch));
   }
   for (JsonSection& entry : section.Sections("texts", 0, ParameterMemory::kSize)) {
     ParameterPatch patch;
-    entry.Read("number", patch.number, 0, ParameterMemory::kSize - 1);
-    entry.Read("text", patch.text, ParameterMemory::kLongestText);
-    entry.Finish();
+    ReadOnlyKeys(std::move(entry), kTextKeys, patch);
     instrument.parameterPatches.push_back(std::move(patch));
   }
   section.Finish();
@@ -258,6 +308,41 @@ void CheckStand(const JsonSection& section, const InstrumentDescription& instrum
   }
 }
 
+/// The fault that one of the keys makes; several or none are a mistake.
+void ReadEffect(JsonSection& section, ReplyFault& fault) {
+  int effects = 0;
+  const auto is = [&](ReplyFault::Kind kind) {
+    fault.kind = kind;
+    ++effects;
+  };
+  for (const auto& [name, kind] : kTextFaults) {
+    if (section.Value(name) != nullptr) {
+      section.ReadRaw(name, fault.text);
+      is(kind);
+    }
+  }
+  bool silence = false;
+  section.Read("silence", silence);
+  if (silence) {
+    is(ReplyFault::Kind::kSilence);
+  }
+  if (auto split = section.Section("split")) {
+    int at = 1;
+    split->Read("at", at, {0, kAnyInt});
+    fault.splitAt = static_cast<std::size_t>(at);
+    ReadOnlyKeys(std::move(*split), kGapKeys, fault);
+    is(ReplyFault::Kind::kSplit);
+  }
+  if (section.Value("slow") != nullptr) {
+    ReadKeys(section, kSlowKeys, fault);
+    is(ReplyFault::Kind::kSlow);
+  }
+  section.Finish();
+  if (effects != 1) {
+    section.Fail("error", "or one of reply, stale, silence, split, slow must be given, and only one");
+  }
+}
+
 }  // namespace
 
 std::string AbsoluteFile(const std::string& name, const std::filesystem::path& directory) {
@@ -266,20 +351,15 @@ std::string AbsoluteFile(const std::string& name, const std::filesystem::path& d
 
 InstrumentDescription ReadInstrument(JsonSection section, const std::filesystem::path& directory) {
   std::string model = "LX";
-  section.Read("model", model, 8);
+  section.Read("model", model, Text(8));
   if (model != "LX" && model != "MX" && model != "SX") {
     section.Fail("model", R"(must be "LX", "MX" or "SX")");
   }
   InstrumentDescription instrument = DefaultInstrument(model, ReadStructureVersion(section));
-  section.Read("maker", instrument.maker, 64, kSeparators);
-  section.Read("designation", instrument.designation, 64, kSeparators);
-  section.Read("serial", instrument.serial, 49, kSeparators);
-  section.Read("board", instrument.board, 64, kSeparators);
-  section.Read("firmware", instrument.firmware, 16, kSeparators);
-  instrument.record.serial = instrument.serial.substr(0, 10);
-  section.Read("wavelength", instrument.wavelength, 0.0, kAnyFloat);
+  ReadKeys(section, kInstrumentKeys, instrument);
+  ReadVersion(section, "firmware", instrument.firmware, {0, 99});
+  instrument.record.serial = instrument.serial;
   instrument.record.currentWavelength = instrument.wavelength;
-  section.Read("grating", instrument.grating, 1, kMaxGratings);
   if (auto drive = section.Section("drive")) {
     instrument.drive = ReadDrive(std::move(*drive));
   }
@@ -291,14 +371,13 @@ InstrumentDescription ReadInstrument(JsonSection section, const std::filesystem:
     ReadParts(std::move(*parts), instrument);
   }
   ReadMotion(section, instrument.motion);
-  section.Read("latency", instrument.latency, 0.0, kLongestMotion);
   std::string state;
-  section.Read("state", state, 4096);
+  section.Read("state", state, Text(kLongestFileName));
   instrument.stateFile = AbsoluteFile(state, directory);
   if (auto memory = section.Section("memory")) {
     ReadMemory(std::move(*memory), instrument);
   }
-  for (JsonSection& fault : section.Sections("faults", 0, 1000)) {
+  for (JsonSection& fault : section.Sections("faults", 0, kMostFaults)) {
     instrument.faults.push_back(ReadReplyFault(std::move(fault)));
   }
   section.Finish();
@@ -306,69 +385,74 @@ InstrumentDescription ReadInstrument(JsonSection section, const std::filesystem:
   return instrument;
 }
 
+StructureVersion ReadStructureVersion(JsonSection& section) {
+  std::string text = "3.0";
+  return ReadVersion(section, "structureVersion", text, {1, 9});
+}
+
 void ReadOptics(JsonSection& section, Record& record) {
-  section.Read("focalLength", record.focalLength, 0.001, 100.0);
-  section.Read("angularDeviation", record.angularDeviation, -89.0, 89.0);
-  section.Read("tilt", record.tilt, -89.0, 89.0);
+  ReadKeys(section, kOpticsKeys, record);
   // The exact polynomial of a drive that turns with the grating, unless the file has another.
   record.coefficients = DefaultCoefficients(record.angularDeviation);
-  ReadNumbers(section, "coefficients", record.coefficients, record.coefficients.size());
+  section.ReadList("coefficients", std::span<float>(record.coefficients), {-kAnyFloat, kAnyFloat});
+}
+
+void ReadSine(JsonSection& section, Record& record, double mostAmplitude, const Bounds& frequency) {
+  const SectionKey<Record> keys[] = {
+      {"amplitude", &Record::sineAmplitude, {-mostAmplitude, mostAmplitude}},
+      {"phase", &Record::sinePhase, {-1.0e3, 1.0e3}},
+      {"frequency", &Record::sineFrequency, frequency},
+  };
+  auto sine = section.Section("sine");
+  if (!sine) {
+    return;
+  }
+  ReadOnlyKeys(std::move(*sine), keys, record);
+  if (2.0 * std::numbers::pi * std::abs(static_cast<double>(record.sineAmplitude)) >=
+          std::abs(static_cast<double>(record.sineFrequency)) &&
+      record.sineAmplitude != 0.0F) {
+    section.Fail("sine", "turns the drive back: 2 pi amplitude must be less than the frequency");
+  }
+}
+
+Grating ReadGrating(JsonSection section, Grating grating, const Bounds& blaze, int mostSteps) {
+  const Bounds steps = Within({-mostSteps, mostSteps});
+  const SectionKey<Grating> keys[] = {
+      {"lines", &Grating::lines, {1, 10000}},
+      {"blaze", &Grating::blaze, blaze},
+      {"start", &Grating::start, steps},
+      {"offset", &Grating::offset, steps},
+  };
+  ReadOnlyKeys(std::move(section), keys, grating);
+  return grating;
+}
+
+std::vector<unsigned char> ReadBytes(JsonSection& section, int room) {
+  std::vector<unsigned char> bytes(static_cast<std::size_t>(room));
+  bytes.resize(section.ReadList("bytes", std::span(bytes), kByte));
+  return bytes;
 }
 
 ReplyFault ReadReplyFault(JsonSection section) {
   ReplyFault fault;
-  section.Read("command", fault.command, 64);
-  section.Read("occurrence", fault.occurrence, 1, kAnyInt);
-  section.Read("repeat", fault.fromThenOn);
-  int effects = 0;
-  const auto text = [&](const char* key, ReplyFault::Kind kind) {
-    if (section.Take(key) != nullptr) {
-      section.ReadRaw(key, fault.text);
-      fault.kind = kind;
-      ++effects;
-    }
-  };
-  text("error", ReplyFault::Kind::kError);
-  text("reply", ReplyFault::Kind::kReply);
-  text("stale", ReplyFault::Kind::kStale);
-  bool silence = false;
-  section.Read("silence", silence);
-  if (silence) {
-    fault.kind = ReplyFault::Kind::kSilence;
-    ++effects;
+  ReadKeys(section, kFaultKeys, fault);
+  ReadEffect(section, fault);
+  if (fault.command != "*" && !IsCommandWord(fault.command)) {
+    section.Fail("command", R"(must be a word that controllers know ("MOVETO", the query "POSITION?"), or "*")");
   }
-  if (auto split = section.Section("split")) {
-    int at = 1;
-    split->Read("at", at, 0, kAnyInt);
-    split->Read("gap", fault.milliseconds, 0.0, kLongestMotion);
-    split->Finish();
-    fault.splitAt = static_cast<std::size_t>(at);
-    fault.kind = ReplyFault::Kind::kSplit;
-    ++effects;
-  }
-  if (section.Take("slow") != nullptr) {
-    section.Read("slow", fault.milliseconds, 0.0, kLongestMotion);
-    fault.kind = ReplyFault::Kind::kSlow;
-    ++effects;
-  }
-  section.Finish();
-  if (effects != 1) {
-    section.Fail("error", "or one of reply, stale, silence, split, slow must be given, and only one");
+  if (fault.kind == ReplyFault::Kind::kError &&
+      (fault.text.size() != 3 || !fault.text.starts_with('E') || Digits(fault.text.substr(1)) < 0)) {
+    section.Fail("error", R"(must be an error word, from "E00" to "E99")");
   }
   return fault;
 }
 
 std::vector<TransportFault> ReadTransportFaults(JsonSection& section, const char* key) {
   std::vector<TransportFault> faults;
-  for (JsonSection& entry : section.Sections(key, 0, 1000)) {
+  for (JsonSection& entry : section.Sections(key, 0, kMostFaults)) {
     TransportFault fault;
     fault.operation = 1;
-    entry.Read("operation", fault.operation, 1);
-    entry.Read("repeat", fault.fromThenOn);
-    int status = static_cast<int>(fault.status);
-    entry.Read("status", status, 0, kAnyInt);
-    fault.status = static_cast<unsigned int>(status);
-    entry.Finish();
+    ReadOnlyKeys(std::move(entry), kTransportKeys, fault);
     faults.push_back(fault);
   }
   return faults;

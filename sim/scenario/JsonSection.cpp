@@ -1,7 +1,10 @@
 #include "scenario/JsonSection.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <sstream>
+#include <string_view>
+#include <type_traits>
 
 #include "scenario/ScenarioError.h"
 
@@ -10,19 +13,50 @@ namespace {
 
 using nlohmann::json;
 
-template <typename Number>
-std::string Range(Number low, Number high) {
+template <typename Element>
+std::string Wanted(const Bounds& bounds) {
   std::ostringstream text;
   text.imbue(std::locale::classic());
-  text << "must be a number from " << low << " to " << high;
+  if constexpr (std::is_integral_v<Element>) {
+    text << "a whole number from " << static_cast<long long>(bounds.low) << " to "
+         << static_cast<long long>(bounds.high);
+  } else if constexpr (std::is_floating_point_v<Element>) {
+    text << "a number from " << bounds.low << " to " << bounds.high;
+  } else {
+    text << "a text of ";
+    if (bounds.low > 0) {
+      text << bounds.low << " to ";
+    } else {
+      text << "at most ";
+    }
+    text << bounds.high << " printable ASCII characters";
+    if (*bounds.without != '\0') {
+      text << " without \"" << bounds.without << '"';
+    }
+  }
   return text.str();
 }
 
-bool IsPrintable(const std::string& text, const char* without) {
-  return std::all_of(text.begin(), text.end(), [&](char character) {
-    return static_cast<unsigned char>(character) >= 0x20 && static_cast<unsigned char>(character) < 0x7F &&
-           std::string_view(without).find(character) == std::string_view::npos;
-  });
+bool Fits(double size, const Bounds& bounds) {
+  return size >= bounds.low && size <= bounds.high;
+}
+
+bool IsText(const std::string& text, const Bounds& bounds) {
+  return Fits(static_cast<double>(text.size()), bounds) && std::all_of(text.begin(), text.end(), [&](char character) {
+           return character >= 0x20 && character < 0x7F &&
+                  std::string_view(bounds.without).find(character) == std::string_view::npos;
+         });
+}
+
+/// Not every number is a size that a double holds exactly; those beyond are beyond all bounds too.
+template <typename Element>
+bool IsWanted(const json& value, const Bounds& bounds) {
+  if constexpr (std::is_same_v<Element, std::string>) {
+    return value.is_string() && IsText(value.get_ref<const std::string&>(), bounds);
+  } else {
+    const bool isKind = std::is_integral_v<Element> ? value.is_number_integer() : value.is_number();
+    return isKind && Fits(value.get<double>(), bounds);
+  }
 }
 
 }  // namespace
@@ -42,14 +76,24 @@ void JsonSection::Fail(const std::string& key, const std::string& problem) const
   throw ScenarioError(mFile + ": " + PlaceOf(key) + " " + problem);
 }
 
-const json* JsonSection::Take(const char* key) {
-  mKnown.emplace_back(key);
+const json* JsonSection::Value(const char* key) {
+  if (std::find(mKnown.begin(), mKnown.end(), key) == mKnown.end()) {
+    mKnown.emplace_back(key);
+  }
   const auto found = mValue->find(key);
   return found == mValue->end() ? nullptr : &*found;
 }
 
+template <typename Element>
+void JsonSection::Convert(const json& value, const std::string& key, Element& target, const Bounds& bounds) const {
+  if (!IsWanted<Element>(value, bounds)) {
+    Fail(key, "must be " + Wanted<Element>(bounds));
+  }
+  target = value.get<Element>();
+}
+
 void JsonSection::Read(const char* key, bool& target) {
-  if (const json* const value = Take(key)) {
+  if (const json* const value = Value(key)) {
     if (!value->is_boolean()) {
       Fail(key, "must be true or false");
     }
@@ -57,58 +101,28 @@ void JsonSection::Read(const char* key, bool& target) {
   }
 }
 
-void JsonSection::Read(const char* key, int& target, int low, int high) {
-  if (const json* const value = Take(key)) {
-    // Unsigned values beyond the signed range would wrap into it.
-    const bool fits = value->is_number_integer() &&
-                      (!value->is_number_unsigned() ||
-                       value->get<std::uint64_t>() <= static_cast<std::uint64_t>(std::numeric_limits<int>::max()));
-    const std::int64_t number = fits ? value->get<std::int64_t>() : 0;
-    if (!fits || number < low || number > high) {
-      Fail(key, Range(low, high) + ", without decimals");
-    }
-    target = static_cast<int>(number);
+template <typename Number>
+void JsonSection::Read(const char* key, Number& target, const Bounds& bounds) {
+  if (const json* const value = Value(key)) {
+    Convert(*value, key, target, bounds);
   }
 }
 
-void JsonSection::Read(const char* key, unsigned long long& target, unsigned long long low) {
-  if (const json* const value = Take(key)) {
-    if (!value->is_number_unsigned() || value->get<std::uint64_t>() < low) {
-      Fail(key, "must be a whole number from " + std::to_string(low));
-    }
-    target = value->get<std::uint64_t>();
-  }
-}
+template void JsonSection::Read(const char*, unsigned char&, const Bounds&);
+template void JsonSection::Read(const char*, int&, const Bounds&);
+template void JsonSection::Read(const char*, unsigned int&, const Bounds&);
+template void JsonSection::Read(const char*, unsigned long long&, const Bounds&);
+template void JsonSection::Read(const char*, float&, const Bounds&);
+template void JsonSection::Read(const char*, double&, const Bounds&);
 
-void JsonSection::Read(const char* key, double& target, double low, double high) {
-  if (const json* const value = Take(key)) {
-    const double number = value->is_number() ? value->get<double>() : low - 1.0;
-    if (!(number >= low && number <= high)) {
-      Fail(key, Range(low, high));
-    }
-    target = number;
-  }
-}
-
-void JsonSection::Read(const char* key, float& target, double low, double high) {
-  double number = static_cast<double>(target);
-  Read(key, number, low, high);
-  target = static_cast<float>(number);
-}
-
-void JsonSection::Read(const char* key, std::string& target, std::size_t longest, const char* without) {
-  if (const json* const value = Take(key)) {
-    if (!value->is_string() || value->get_ref<const std::string&>().size() > longest ||
-        !IsPrintable(value->get_ref<const std::string&>(), without)) {
-      const std::string exception = *without == '\0' ? "" : std::string(" without \"") + without + "\"";
-      Fail(key, "must be a text of at most " + std::to_string(longest) + " printable ASCII characters" + exception);
-    }
-    target = value->get<std::string>();
+void JsonSection::Read(const char* key, std::string& target, const Bounds& bounds) {
+  if (const json* const value = Value(key)) {
+    Convert(*value, key, target, bounds);
   }
 }
 
 void JsonSection::ReadRaw(const char* key, std::string& target) {
-  if (const json* const value = Take(key)) {
+  if (const json* const value = Value(key)) {
     if (!value->is_string()) {
       Fail(key, "must be a text");
     }
@@ -116,13 +130,28 @@ void JsonSection::ReadRaw(const char* key, std::string& target) {
   }
 }
 
+template <typename Element>
+std::size_t JsonSection::ReadList(const char* key, std::span<Element> target, const Bounds& bounds) {
+  const json* const list = List(key, 0, target.size());
+  const std::size_t count = list == nullptr ? 0 : list->size();
+  for (std::size_t i = 0; i < count; ++i) {
+    Convert((*list)[i], std::string(key) + "[" + std::to_string(i) + "]", target[i], bounds);
+  }
+  return count;
+}
+
+template std::size_t JsonSection::ReadList(const char*, std::span<unsigned char>, const Bounds&);
+template std::size_t JsonSection::ReadList(const char*, std::span<int>, const Bounds&);
+template std::size_t JsonSection::ReadList(const char*, std::span<float>, const Bounds&);
+template std::size_t JsonSection::ReadList(const char*, std::span<std::string>, const Bounds&);
+
 std::optional<JsonSection> JsonSection::Section(const char* key) {
-  const json* const value = Take(key);
+  const json* const value = Value(key);
   return value == nullptr ? std::nullopt : std::optional(JsonSection(*value, mFile, PlaceOf(key)));
 }
 
-const json* JsonSection::Array(const char* key, std::size_t least, std::size_t most) {
-  const json* const value = Take(key);
+const json* JsonSection::List(const char* key, std::size_t least, std::size_t most) {
+  const json* const value = Value(key);
   if (value != nullptr && (!value->is_array() || value->size() < least || value->size() > most)) {
     const std::string count =
         least == most ? std::to_string(least) : std::to_string(least) + " to " + std::to_string(most);
@@ -133,9 +162,9 @@ const json* JsonSection::Array(const char* key, std::size_t least, std::size_t m
 
 std::vector<JsonSection> JsonSection::Sections(const char* key, std::size_t least, std::size_t most) {
   std::vector<JsonSection> sections;
-  if (const json* const array = Array(key, least, most)) {
-    for (std::size_t i = 0; i < array->size(); ++i) {
-      sections.emplace_back((*array)[i], mFile, PlaceOf(key) + "[" + std::to_string(i) + "]");
+  if (const json* const list = List(key, least, most)) {
+    for (std::size_t i = 0; i < list->size(); ++i) {
+      sections.emplace_back((*list)[i], mFile, PlaceOf(key) + "[" + std::to_string(i) + "]");
     }
   }
   return sections;
@@ -149,19 +178,6 @@ void JsonSection::Finish() const {
         known += (known.empty() ? "" : ", ") + key;
       }
       Fail(item.key(), "is not known here (known: " + known + ")");
-    }
-  }
-}
-
-void ReadTexts(JsonSection& section, const char* key, std::array<std::string, kFilters>& target, std::size_t longest) {
-  if (const json* const array = section.Array(key, 0, target.size())) {
-    for (std::size_t i = 0; i < array->size(); ++i) {
-      const json& value = (*array)[i];
-      if (!value.is_string() || value.get_ref<const std::string&>().size() > longest) {
-        section.Fail(
-            key, "[" + std::to_string(i) + "] must be a text of at most " + std::to_string(longest) + " characters");
-      }
-      target[i] = value.get<std::string>();
     }
   }
 }

@@ -1,18 +1,34 @@
 // One object of a scenario file, read strictly: every value has a type and a range, every key must be known. Errors
-// carry the file and the place. Used by the readers of scenarios only.
+// carry the file and the place. Used by the readers of scenarios only, most of whose keys are tables of SectionKey.
 #pragma once
 
-#include <array>
-#include <limits>
-#include <nlohmann/json.hpp>
+#include <cstddef>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
+#include <span>
 #include <string>
-#include <type_traits>
+#include <variant>
 #include <vector>
 
-#include "model/InstrumentDescription.h"
+#include "model/Limits.h"
 
 namespace corvane::sim {
+
+/// What a value may be: a number from low to high, or a text of low to high characters and none of those in `without`.
+struct Bounds {
+  double low = 0;
+  double high = 0;
+  const char* without = "";
+};
+
+/// A text of at most so many characters.
+constexpr Bounds Text(std::size_t longest, const char* without = "") {
+  return {0, static_cast<double>(longest), without};
+}
+
+constexpr Bounds Within(Limits limits) {
+  return {static_cast<double>(limits.least), static_cast<double>(limits.most)};
+}
 
 class JsonSection {
  public:
@@ -21,23 +37,25 @@ class JsonSection {
 
   // Each leaves target as it is when the key is absent.
   void Read(const char* key, bool& target);
-  void Read(const char* key, int& target, int low, int high);
-  void Read(const char* key, unsigned long long& target, unsigned long long low);
-  void Read(const char* key, double& target, double low, double high);
-  void Read(const char* key, float& target, double low, double high);
-  /// Printable text of at most longest characters, none of them in `without`.
-  void Read(const char* key, std::string& target, std::size_t longest, const char* without = "");
+  /// Number: whole numbers of several sizes, float, double. Whole ones take no decimals.
+  template <typename Number>
+  void Read(const char* key, Number& target, const Bounds& bounds);
+  /// Printable ASCII.
+  void Read(const char* key, std::string& target, const Bounds& bounds);
   /// Any text, control characters too.
   void ReadRaw(const char* key, std::string& target);
 
+  /// Overwrites the first elements of target with those of a list, which must not be longer. Answers how many there
+  /// were; 0 when the key is absent.
+  template <typename Element>
+  std::size_t ReadList(const char* key, std::span<Element> target, const Bounds& bounds);
+
   /// The value of a key, marked as known; null when absent.
-  const nlohmann::json* Take(const char* key);
+  const nlohmann::json* Value(const char* key);
   /// The object behind a key; none when the key is absent.
   std::optional<JsonSection> Section(const char* key);
-  /// The objects of the array behind a key.
+  /// The objects of the list behind a key.
   std::vector<JsonSection> Sections(const char* key, std::size_t least, std::size_t most);
-  /// The array behind a key with its elements readable under their index; none when absent.
-  const nlohmann::json* Array(const char* key, std::size_t least, std::size_t most);
 
   std::string PlaceOf(const std::string& key) const;
   const std::string& File() const { return mFile; }
@@ -46,34 +64,45 @@ class JsonSection {
   void Finish() const;
 
  private:
+  template <typename Element>
+  void Convert(const nlohmann::json& value, const std::string& key, Element& target, const Bounds& bounds) const;
+  const nlohmann::json* List(const char* key, std::size_t least, std::size_t most);
+
   const nlohmann::json* mValue;
   std::string mFile;
   std::string mPlace;
   std::vector<std::string> mKnown;
 };
 
-/// Overwrites the first elements of target with the numbers of a list of at most `most`, each from low to high. Answers
-/// how many there were; none when the key is absent.
-template <typename Values, typename Number = typename Values::value_type>
-std::size_t ReadNumbers(JsonSection& section, const char* key, Values& target, std::size_t most,
-                        Number low = std::numeric_limits<Number>::lowest(),
-                        Number high = std::numeric_limits<Number>::max()) {
-  const nlohmann::json* const array = section.Array(key, 0, most);
-  const std::size_t count = array == nullptr ? 0 : array->size();
-  for (std::size_t i = 0; i < count; ++i) {
-    const nlohmann::json& value = (*array)[i];
-    const bool fits = std::is_integral_v<Number> ? value.is_number_integer() : value.is_number();
-    if (!fits ||
-        !(value.get<double>() >= static_cast<double>(low) && value.get<double>() <= static_cast<double>(high))) {
-      section.Fail(key, "[" + std::to_string(i) + "] must be a " + (std::is_integral_v<Number> ? "whole " : "") +
-                            "number in range");
-    }
-    target[i] = value.get<Number>();
+/// A key of a section, the member that its value goes to, and what it may be.
+template <typename Target>
+struct SectionKey {
+  const char* name = nullptr;
+  std::variant<bool Target::*, unsigned char Target::*, int Target::*, unsigned int Target::*,
+               unsigned long long Target::*, float Target::*, double Target::*, std::string Target::*>
+      member;
+  Bounds bounds = {};
+};
+
+template <typename Target, std::size_t Count>
+void ReadKeys(JsonSection& section, const SectionKey<Target> (&keys)[Count], Target& target) {
+  for (const SectionKey<Target>& key : keys) {
+    const auto read = [&](auto member) {
+      if constexpr (std::is_same_v<decltype(member), bool Target::*>) {
+        section.Read(key.name, target.*member);
+      } else {
+        section.Read(key.name, target.*member, key.bounds);
+      }
+    };
+    std::visit(read, key.member);
   }
-  return count;
 }
 
-/// Overwrites the first elements of target with the texts of a list.
-void ReadTexts(JsonSection& section, const char* key, std::array<std::string, kFilters>& target, std::size_t longest);
+/// A section that has no other keys.
+template <typename Target, std::size_t Count>
+void ReadOnlyKeys(JsonSection section, const SectionKey<Target> (&keys)[Count], Target& target) {
+  ReadKeys(section, keys, target);
+  section.Finish();
+}
 
 }  // namespace corvane::sim

@@ -1,7 +1,6 @@
 #include "scenario/LegacyReader.h"
 
-#include <numbers>
-#include <sstream>
+#include <limits>
 
 #include "legacy/LegacyInstrument.h"
 #include "scenario/InstrumentReader.h"
@@ -10,37 +9,54 @@
 namespace corvane::sim {
 namespace {
 
-using nlohmann::json;
+constexpr int kMostSteps = WaveDrive::kTurn;
+constexpr Bounds kSteps = Within({-kMostSteps, kMostSteps});
 
-constexpr int kAnyStep = WaveDrive::kTurn;
-constexpr int kNewestMinor = 99;
-constexpr double kLongest = 600000.0;
+using Legacy = LegacyDescription;
 
-StructureVersion ReadVersion(JsonSection& section) {
-  std::string text = "3.0";
-  section.Read("structureVersion", text, 5);
-  StructureVersion version{0, 0};
-  char point = ' ';
-  std::istringstream stream(text);
-  stream >> version.major >> point >> version.minor;
-  if (!stream || !stream.eof() || point != '.' || version.major < 1 || version.minor < 0 ||
-      version.minor > kNewestMinor) {
-    section.Fail("structureVersion", R"(must be major.minor, from "1.0")");
-  }
-  return version;
-}
+constexpr SectionKey<Legacy> kLegacyKeys[] = {
+    {"fpga", &Legacy::fpga, {0, 255}},
+    {"wavelength", &Legacy::wavelength, {0, 1.0e6}},
+    {"filter", &Legacy::filter, Within(kFilterNumbers)},
+    {"port", &Legacy::port, Within(kPortNumbers)},
+    {"motion", &Legacy::motion, {0, 1000}},
+    {"writeTime", &Legacy::writeTime, {0, kLongestTime}},
+};
 
-Turret ReadTurret(JsonSection section, Turret turret, std::size_t digits) {
+constexpr SectionKey<Record> kRecordKeys[] = {
+    {"id", &Record::id, Text(20)},
+    {"manufactured", &Record::manufactured, Text(10)},
+    {"modified", &Record::modified, Text(10)},
+};
+
+constexpr SectionKey<Legacy> kDriveKeys[] = {{"backlash", &Legacy::backlash, {0, 1000}}};
+
+constexpr SectionKey<LegacyParts> kPartKeys[] = {
+    {"slit", &LegacyParts::slit},
+    {"outputSlit", &LegacyParts::outputSlit},
+    {"filterWheel", &LegacyParts::filterWheel},
+    {"flipper", &LegacyParts::flipper},
+    {"shutter", &LegacyParts::shutter},
+    {"accessory", &LegacyParts::accessory},
+};
+
+constexpr SectionKey<PagePatch> kPatchKeys[] = {
+    {"page", &PagePatch::page, {0, kLegacyPages - 1}},
+    {"offset", &PagePatch::offset, {0, kLegacyPageSize - 1}},
+};
+
+constexpr SectionKey<MotorFault> kFaultKeys[] = {
+    {"motor", &MotorFault::motor, {0, kLegacyMotors - 1}},
+    {"occurrence", &MotorFault::occurrence, {1, std::numeric_limits<int>::max()}},
+    {"repeat", &MotorFault::fromThenOn},
+    {"stuck", &MotorFault::milliseconds, {0, kLongestTime}},
+};
+
+Turret ReadTurret(JsonSection section, Turret turret, const Bounds& blaze) {
   const std::vector<Grating> usual = turret.gratings;
   turret.gratings.clear();
   for (JsonSection& entry : section.Sections("gratings", 1, kLegacyGratings)) {
-    Grating grating = usual[turret.gratings.size()];
-    entry.Read("lines", grating.lines, 1.0, 10000.0);
-    entry.Read("blaze", grating.blaze, digits);
-    entry.Read("start", grating.start, -kAnyStep, kAnyStep);
-    entry.Read("offset", grating.offset, -kAnyStep, kAnyStep);
-    entry.Finish();
-    turret.gratings.push_back(grating);
+    turret.gratings.push_back(ReadGrating(std::move(entry), usual[turret.gratings.size()], blaze, kMostSteps));
   }
   if (turret.gratings.empty()) {
     turret.gratings = usual;
@@ -60,76 +76,46 @@ void ReadTurrets(JsonSection& section, LegacyDescription& instrument) {
     record.turrets.clear();
   }
   for (JsonSection& entry : entries) {
-    record.turrets.push_back(ReadTurret(std::move(entry), usual, instrument.structure.major >= 3 ? 5 : 4));
+    record.turrets.push_back(ReadTurret(std::move(entry), usual, Text(instrument.structure.major >= 3 ? 5 : 4)));
   }
   int active = 1;
-  section.Read("activeTurret", active, 1, static_cast<int>(record.turrets.size()));
+  section.Read("activeTurret", active, {1, static_cast<double>(record.turrets.size())});
   record.activeTurret = active - 1;
 }
 
 void ReadRecord(JsonSection section, LegacyDescription& instrument) {
   Record& record = instrument.record;
-  section.Read("id", record.id, 20);
-  section.Read("manufactured", record.manufactured, 10);
-  section.Read("modified", record.modified, 10);
+  ReadKeys(section, kRecordKeys, record);
   ReadOptics(section, record);
-  if (auto sine = section.Section("sine")) {
-    sine->Read("amplitude", record.sineAmplitude, -300.0, 300.0);
-    sine->Read("phase", record.sinePhase, -1.0e3, 1.0e3);
-    sine->Read("frequency", record.sineFrequency, 2000.0, 1.0e9);
-    sine->Finish();
-  }
-  ReadNumbers(section, "detectorOffsets", record.detectorOffsets, instrument.structure.AtLeast(1, 4) ? 2 : 1, -kAnyStep,
-              kAnyStep);
-  ReadTexts(section, "filters", record.filters, 9);
+  ReadSine(section, record, 300, {2000, 1.0e9});
+  const auto offsets = std::span(record.detectorOffsets).first(instrument.structure.AtLeast(1, 4) ? 2 : 1);
+  section.ReadList("detectorOffsets", offsets, kSteps);
+  section.ReadList("filters", std::span<std::string>(record.filters), Text(9));
   section.Finish();
 }
 
 void ReadDrive(JsonSection section, LegacyDescription& instrument) {
   int position = -1;
-  section.Read("position", position, 0, WaveDrive::kTurn - 1);
+  section.Read("position", position, {0, kMostSteps - 1});
   if (position >= 0) {
     instrument.drivePosition = position;
   }
-  section.Read("backlash", instrument.backlash, 0, 1000);
-  ReadNumbers(section, "zeroErrors", instrument.zeroErrors, instrument.zeroErrors.size(), -kAnyStep, kAnyStep);
-  section.Finish();
-}
-
-void ReadParts(JsonSection section, LegacyParts& parts) {
-  section.Read("slit", parts.slit);
-  section.Read("outputSlit", parts.outputSlit);
-  section.Read("filterWheel", parts.filterWheel);
-  section.Read("flipper", parts.flipper);
-  section.Read("shutter", parts.shutter);
-  section.Read("accessory", parts.accessory);
+  ReadKeys(section, kDriveKeys, instrument);
+  section.ReadList("zeroErrors", std::span<int>(instrument.zeroErrors), kSteps);
   section.Finish();
 }
 
 void ReadMemory(JsonSection section, LegacyDescription& instrument) {
-  int fill = instrument.memoryFill;
-  section.Read("fill", fill, 0, 255);
-  instrument.memoryFill = static_cast<unsigned char>(fill);
+  section.Read("fill", instrument.memoryFill, {0, 255});
   for (JsonSection& entry : section.Sections("patches", 0, 256)) {
     PagePatch patch;
-    entry.Read("page", patch.page, 0, kLegacyPages - 1);
-    entry.Read("offset", patch.offset, 0, kLegacyPageSize - 1);
-    patch.bytes.resize(std::size_t{kLegacyPages} * kLegacyPageSize);
-    patch.bytes.resize(ReadNumbers(entry, "bytes", patch.bytes, patch.bytes.size()));
+    ReadKeys(entry, kPatchKeys, patch);
+    // What reaches beyond its page goes on in the next.
+    patch.bytes = ReadBytes(entry, (kLegacyPages - patch.page) * kLegacyPageSize - patch.offset);
     entry.Finish();
     instrument.memoryPatches.push_back(std::move(patch));
   }
   section.Finish();
-}
-
-MotorFault ReadFault(JsonSection section) {
-  MotorFault fault;
-  section.Read("motor", fault.motor, 0, kLegacyMotors - 1);
-  section.Read("occurrence", fault.occurrence, 1, std::numeric_limits<int>::max());
-  section.Read("repeat", fault.fromThenOn);
-  section.Read("stuck", fault.milliseconds, 0.0, kLongest);
-  section.Finish();
-  return fault;
 }
 
 /// Where the instrument stands must be a place that it can reach.
@@ -172,10 +158,9 @@ LegacyDescription DefaultLegacy(StructureVersion structure) {
 }
 
 LegacyDescription ReadLegacy(JsonSection section) {
-  LegacyDescription instrument = DefaultLegacy(ReadVersion(section));
-  section.Read("serial", instrument.record.serial, 9);
-  section.Read("fpga", instrument.fpga, 0, 255);
-  section.Read("wavelength", instrument.wavelength, 0.0, 1.0e6);
+  LegacyDescription instrument = DefaultLegacy(ReadStructureVersion(section));
+  ReadKeys(section, kLegacyKeys, instrument);
+  section.Read("serial", instrument.record.serial, Text(9));
   instrument.record.currentWavelength = instrument.wavelength;
   ReadTurrets(section, instrument);
   if (auto record = section.Section("record")) {
@@ -185,18 +170,14 @@ LegacyDescription ReadLegacy(JsonSection section) {
     ReadDrive(std::move(*drive), instrument);
   }
   if (auto parts = section.Section("parts")) {
-    ReadParts(std::move(*parts), instrument.parts);
+    ReadOnlyKeys(std::move(*parts), kPartKeys, instrument.parts);
   }
-  ReadNumbers(section, "slitWidths", instrument.slitWidths, instrument.slitWidths.size(), 10.0F, 12000.0F);
-  section.Read("filter", instrument.filter, 1, kFilters);
-  section.Read("port", instrument.port, 0, 1);
-  section.Read("motion", instrument.motion, 0.0, 1000.0);
-  section.Read("writeTime", instrument.writeTime, 0.0, kLongest);
+  section.ReadList("slitWidths", std::span<float>(instrument.slitWidths), {10, 12000});
   if (auto memory = section.Section("memory")) {
     ReadMemory(std::move(*memory), instrument);
   }
-  for (JsonSection& fault : section.Sections("faults", 0, 1000)) {
-    instrument.faults.push_back(ReadFault(std::move(fault)));
+  for (JsonSection& entry : section.Sections("faults", 0, 1000)) {
+    ReadOnlyKeys(std::move(entry), kFaultKeys, instrument.faults.emplace_back());
   }
   section.Finish();
   CheckStand(section, instrument);

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <numbers>
 
+#include "model/StrictJson.h"
 #include "scenario/InstrumentReader.h"
 #include "scenario/JsonSection.h"
 #include "scenario/LegacyReader.h"
@@ -17,18 +18,32 @@ namespace {
 using nlohmann::json;
 
 constexpr std::size_t kMaxUsb = 16;
+constexpr Bounds kPixels{1, 1.0e9};
+constexpr Bounds kMicrometres{0.01, 1.0e6};
+
+constexpr SectionKey<UsbAttachment> kBridgeKeys[] = {
+    {"serial", &UsbAttachment::bridgeSerial, Text(15)},
+    {"description", &UsbAttachment::bridgeDescription, Text(63)},
+};
+
+constexpr SectionKey<DetectorGeometry> kDetectorKeys[] = {
+    {"pixels", &DetectorGeometry::pixels, kPixels},
+    {"rows", &DetectorGeometry::rows, kPixels},
+    {"pixelWidth", &DetectorGeometry::pixelWidth, kMicrometres},
+    {"pixelHeight", &DetectorGeometry::pixelHeight, kMicrometres},
+};
 
 json ParseJson(std::string_view text, const std::string& name) {
   try {
-    return json::parse(text, nullptr, true, true);
-  } catch (const json::exception& problem) {
+    return ParseStrictly(text, JsonComments::kAllowed);
+  } catch (const std::exception& problem) {
     throw ScenarioError(name + ": " + problem.what());
   }
 }
 
 /// "0x136E" or a plain number.
 unsigned int ReadUsbId(JsonSection& section, const char* key, unsigned int value) {
-  const json* const entry = section.Take(key);
+  const json* const entry = section.Value(key);
   if (entry == nullptr) {
     return value;
   }
@@ -57,16 +72,15 @@ UsbAttachment ReadUsb(JsonSection section, const std::filesystem::path& director
   }
   usb.vendorId = ReadUsbId(section, "vendorId", usb.vendorId);
   usb.productId = ReadUsbId(section, "productId", usb.productId);
-  usb.bridgeSerial = usb.instrument.serial.substr(0, 15);
-  section.Read("serial", usb.bridgeSerial, 15);
-  section.Read("description", usb.bridgeDescription, 63);
+  usb.bridgeSerial = usb.instrument.serial;
+  ReadKeys(section, kBridgeKeys, usb);
   usb.transportFaults = ReadTransportFaults(section, "transportFaults");
   section.Finish();
   return usb;
 }
 
 std::optional<DetectorGeometry> ReadDetector(JsonSection& scenario) {
-  const json* const value = scenario.Take("detector");
+  const json* const value = scenario.Value("detector");
   DetectorGeometry detector;
   if (value == nullptr) {
     return detector;
@@ -74,12 +88,7 @@ std::optional<DetectorGeometry> ReadDetector(JsonSection& scenario) {
   if (value->is_null()) {
     return std::nullopt;
   }
-  JsonSection section(*value, scenario.File(), "detector");
-  section.Read("pixels", detector.pixels, 1, 1000000000);
-  section.Read("rows", detector.rows, 1, 1000000000);
-  section.Read("pixelWidth", detector.pixelWidth, 0.01, 1.0e6);
-  section.Read("pixelHeight", detector.pixelHeight, 0.01, 1.0e6);
-  section.Finish();
+  ReadOnlyKeys(JsonSection(*value, scenario.File(), "detector"), kDetectorKeys, detector);
   return detector;
 }
 
@@ -87,7 +96,8 @@ std::optional<DetectorGeometry> ReadDetector(JsonSection& scenario) {
 
 std::array<float, 5> DefaultCoefficients(float angularDeviation) {
   const double radians = static_cast<double>(angularDeviation) * std::numbers::pi / 180.0;
-  return {0.0F, 0.0F, 0.0F, static_cast<float>(1200.0 / (2.0e6 * std::cos(radians))), 0.0F};
+  return {0.0F, 0.0F, 0.0F, static_cast<float>(static_cast<double>(kReferenceLines) / (2.0e6 * std::cos(radians))),
+          0.0F};
 }
 
 InstrumentDescription DefaultInstrument(std::string_view model, StructureVersion structure) {
@@ -137,7 +147,7 @@ Scenario ParseScenario(std::string_view text, const std::string& name, const std
   scenario.detector = ReadDetector(section);
   scenario.transportFaults = ReadTransportFaults(section, "transportFaults");
   std::string log;
-  section.Read("log", log, 4096);
+  section.Read("log", log, Text(4096));
   scenario.logFile = AbsoluteFile(log, directory);
   section.Read("logTransfers", scenario.logTransfers);
   section.Finish();

@@ -17,11 +17,15 @@ namespace corvane::sim {
 
 inline constexpr const char* kScenarioFileName = "corvane-sim.json";
 
+/// The identifiers of the maker's bridge.
+inline constexpr unsigned int kBridgeVendorId = 0x136E;
+inline constexpr unsigned int kBridgeProductId = 0x0017;
+
 /// An instrument behind a USB serial bridge, and how the bridge introduces itself.
 struct UsbAttachment {
   InstrumentDescription instrument;
-  unsigned int vendorId = 0x136E;
-  unsigned int productId = 0x0017;
+  unsigned int vendorId = kBridgeVendorId;
+  unsigned int productId = kBridgeProductId;
   std::string bridgeSerial;
   std::string bridgeDescription = "Corvane motion controller";
   std::vector<TransportFault> transportFaults;
