@@ -1,7 +1,7 @@
 // The simulated camera: one I2C bus with the scenario's motion controller at address 0x58 and its older instrument at
-// the addresses of that, and a detector. Behind the
-// entry points in TivanEntryPoints.cpp, which add nothing but the C face. Every operation locks: a bus carries one
-// transfer at a time, and a transfer that waits for a motion keeps the bus.
+// the addresses of that, and a detector. Behind the entry points in TivanEntryPoints.cpp, which add nothing but the C
+// face. Every operation locks: a bus carries one transfer at a time, and a transfer that waits for a motion keeps the
+// bus.
 #pragma once
 
 #include <chrono>
@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "camera/TivanSimulation.h"
 #include "controller/MotionController.h"
 #include "legacy/LegacyInstrument.h"
 #include "model/SimulationLog.h"
@@ -56,7 +57,11 @@ class CameraSimulation {
   bool KeepsState(int instrument);
   int NumberUsb();
 
-  enum class Answer { kDone, kNoInstrument, kOutOfRange };
+  enum class Answer {
+    kDone = CORVANE_SIM_DONE,
+    kNoInstrument = CORVANE_SIM_NO_INSTRUMENT,
+    kOutOfRange = CORVANE_SIM_OUT_OF_RANGE
+  };
   Answer TrueWavelength(int instrument, double pixel, double& nanometres);
   Answer TrueCentre(int instrument, double& nanometres);
   Answer Peek(int instrument, int address, std::uint8_t& value);

@@ -36,8 +36,7 @@ unsigned int Status(const Operation& operation) {
 
 template <typename Operation>
 int Extra(const Operation& operation) {
-  return Guarded<int>(static_cast<int>(CameraSimulation::Answer::kOutOfRange),
-                      [&] { return static_cast<int>(operation()); });
+  return Guarded<int>(CORVANE_SIM_OUT_OF_RANGE, [&] { return static_cast<int>(operation()); });
 }
 
 /// Copies what fits; the length of the whole.
@@ -53,8 +52,6 @@ size_t Text(char* text, size_t length, const Operation& operation) {
     return whole.size();
   });
 }
-
-constexpr int kOutOfRange = static_cast<int>(CameraSimulation::Answer::kOutOfRange);
 
 }  // namespace
 
@@ -122,16 +119,18 @@ TIVAN_API int CorvaneSimNumberUsb() {
 }
 
 TIVAN_API int CorvaneSimTrueWavelength(int instrument, double pixel, double* nanometres) {
-  return nanometres == nullptr ? kOutOfRange
+  return nanometres == nullptr ? CORVANE_SIM_OUT_OF_RANGE
                                : Extra([&] { return Camera().TrueWavelength(instrument, pixel, *nanometres); });
 }
 
 TIVAN_API int CorvaneSimTrueCentre(int instrument, double* nanometres) {
-  return nanometres == nullptr ? kOutOfRange : Extra([&] { return Camera().TrueCentre(instrument, *nanometres); });
+  return nanometres == nullptr ? CORVANE_SIM_OUT_OF_RANGE
+                               : Extra([&] { return Camera().TrueCentre(instrument, *nanometres); });
 }
 
 TIVAN_API int CorvaneSimPeek(int instrument, int address, unsigned char* value) {
-  return value == nullptr ? kOutOfRange : Extra([&] { return Camera().Peek(instrument, address, *value); });
+  return value == nullptr ? CORVANE_SIM_OUT_OF_RANGE
+                          : Extra([&] { return Camera().Peek(instrument, address, *value); });
 }
 
 TIVAN_API size_t CorvaneSimState(int instrument, char* text, size_t length) {
@@ -162,7 +161,7 @@ TIVAN_API unsigned long long CorvaneSimFaultHits() {
 }
 
 TIVAN_API int CorvaneSimArmReplyFault(int instrument, const char* json) {
-  return json == nullptr ? kOutOfRange : Extra([&] { return Camera().ArmReplyFault(instrument, json); });
+  return json == nullptr ? CORVANE_SIM_OUT_OF_RANGE : Extra([&] { return Camera().ArmReplyFault(instrument, json); });
 }
 
 TIVAN_API int CorvaneSimClearReplyFaults(int instrument) {

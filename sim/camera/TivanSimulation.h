@@ -5,8 +5,7 @@
  * Instruments are numbered from 0 in the order in which hosts list them: an older instrument first, then the controller
  * at I2C address 0x58. They stay inspectable after "ShutDown", until the next "Initialize" puts new ones in their place
  * (from its state file where the scenario names one, else as the scenario describes it). Functions that return int
- * answer 0 for success, 1 when there is no such instrument (none was initialised, the scenario attaches none, or it is
- * an older one and has no command lines), 2 for any other argument out of range. */
+ * answer a CorvaneSimAnswer, but for those that say something else. */
 #ifndef TIVAN_SIMULATION_H
 #define TIVAN_SIMULATION_H
 
@@ -15,6 +14,14 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+enum CorvaneSimAnswer {
+  CORVANE_SIM_DONE = 0,
+  /* None was initialised, the scenario attaches none, or it is an older one and has no command lines. */
+  CORVANE_SIM_NO_INSTRUMENT = 1,
+  /* Any other argument. */
+  CORVANE_SIM_OUT_OF_RANGE = 2
+};
 
 /* 1 when the last "Initialize" succeeded and no "ShutDown" followed, else 0. */
 int CorvaneSimIsInitialized(void);
@@ -27,10 +34,10 @@ int CorvaneSimKeepsState(int instrument);
 int CorvaneSimNumberUsb(void);
 
 /* Wavelength in nm that truly falls on a pixel (from 1, fractions allowed) of the scenario's detector (2048 pixels of
- * 13.5 um where it has none). 2: no light of any wavelength falls there. */
+ * 13.5 um where it has none). CORVANE_SIM_OUT_OF_RANGE: no light of any wavelength falls there. */
 int CorvaneSimTrueWavelength(int instrument, double pixel, double* nanometres);
 
-/* Wavelength in nm that truly falls on the centre of the detector. 2 as above. */
+/* Wavelength in nm that truly falls on the centre of the detector. Answers as CorvaneSimTrueWavelength. */
 int CorvaneSimTrueCentre(int instrument, double* nanometres);
 
 /* One byte of the instrument's memory, address from 1. Of an older instrument the pages lie one behind the other: byte
@@ -58,8 +65,8 @@ void CorvaneSimArmFault(unsigned long long operation, int fromThenOn, unsigned i
 /* How many calls the fault armed last has failed. */
 unsigned long long CorvaneSimFaultHits(void);
 
-/* Makes replies misbehave, by a JSON text as in the scenario's "faults" list (one object). Counts from now. 2: the
- * text is not a fault. */
+/* Makes replies misbehave, by a JSON text as in the scenario's "faults" list (one object). Counts from now.
+ * CORVANE_SIM_OUT_OF_RANGE: the text is not a fault. */
 int CorvaneSimArmReplyFault(int instrument, const char* json);
 
 /* Takes away all reply faults of the instrument, those of the scenario too. */

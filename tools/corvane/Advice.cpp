@@ -65,12 +65,16 @@ std::string StatusText(unsigned int status) {
   return lower;
 }
 
+bool IsOutOfRange(unsigned int status) {
+  return status >= CORVANE_P2_INVALID && status <= CORVANE_P5_INVALID;
+}
+
 std::string AdviceForStatus(unsigned int status) {
   if (status == CORVANE_COMMUNICATION_ERROR) {
     return "the part may not be fitted (corvane info lists the parts), or the instrument does not answer: check power "
            "and cable, and that no other program holds it";
   }
-  if (status >= CORVANE_P2_INVALID && status <= CORVANE_P5_INVALID) {
+  if (IsOutOfRange(status)) {
     return "the value is out of range; corvane info shows the limits";
   }
   return "";

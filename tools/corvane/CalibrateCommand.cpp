@@ -2,14 +2,18 @@
 #include <cmath>
 #include <functional>
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Failure.h"
 #include "Output.h"
 #include "Progress.h"
 #include "Session.h"
+#include "model/FixedDecimals.h"
 
 namespace {
+
+using corvane::sim::Fixed;
 
 struct Calibration {
   float centre = 0;

@@ -1,5 +1,6 @@
 // set and home: what changes an instrument.
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Failure.h"

@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "CorvaneCIF.h"
+
 /// Documented in docs/simulation.md and in the program's help.
 enum class ExitCode {
   kSuccess = 0,
@@ -16,14 +18,17 @@ enum class ExitCode {
 
 class Failure : public std::runtime_error {
  public:
-  /// message: what went wrong. advice: what to do about it; may be empty.
-  Failure(ExitCode code, const std::string& message, std::string advice = "")
-      : std::runtime_error(message), mCode(code), mAdvice(std::move(advice)) {}
+  /// message: what went wrong. advice: what to do about it; may be empty. status: of the library, where a call to it
+  /// failed.
+  Failure(ExitCode code, const std::string& message, std::string advice = "", unsigned int status = CORVANE_SUCCESS)
+      : std::runtime_error(message), mCode(code), mAdvice(std::move(advice)), mStatus(status) {}
 
   ExitCode Code() const { return mCode; }
   const std::string& Advice() const { return mAdvice; }
+  unsigned int Status() const { return mStatus; }
 
  private:
   ExitCode mCode;
   std::string mAdvice;
+  unsigned int mStatus;
 };

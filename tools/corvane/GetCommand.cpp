@@ -1,4 +1,5 @@
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Failure.h"

@@ -1,6 +1,7 @@
 #include <array>
 #include <initializer_list>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "Commands.h"
@@ -8,8 +9,11 @@
 #include "Output.h"
 #include "Properties.h"
 #include "Session.h"
+#include "model/FixedDecimals.h"
 
 namespace {
+
+using corvane::sim::Fixed;
 
 constexpr std::array<const char*, 4> kSlits{"entrance", "entrance side", "exit", "exit side"};
 

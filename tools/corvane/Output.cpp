@@ -5,6 +5,7 @@
 #include <charconv>
 #include <iomanip>
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 namespace {
 
@@ -27,15 +28,6 @@ double Plain(float value) {
   double number = 0;
   std::from_chars(text.data(), text.data() + text.size(), number);
   return number;
-}
-
-std::string Fixed(double value, int decimals) {
-  std::array<char, 400> buffer{};
-  const auto [end, error] =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, decimals);
-  const std::string text(buffer.data(), error == std::errc{} ? end : buffer.data());
-  const bool isNegativeZero = text.starts_with('-') && text.find_first_not_of("-0.") == std::string::npos;
-  return isNegativeZero ? text.substr(1) : text;
 }
 
 std::string PlainText(const Json& value) {

@@ -1,7 +1,7 @@
 // Values on their way to the user: numbers as short as they can be without loss, JSON, aligned columns.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -10,8 +10,6 @@ using Json = nlohmann::ordered_json;
 /// The double that prints with the float's own digits (550.1 rather than 550.0999755859375).
 double Plain(float value);
 std::string Shortest(float value);
-/// A fixed number of decimals.
-std::string Fixed(double value, int decimals);
 
 /// A value for a reader: text without quotes, on and off, lists with commas.
 std::string PlainText(const Json& value);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 #include <charconv>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "Advice.h"
@@ -13,6 +14,9 @@
 namespace {
 
 constexpr int kFilters = 6;
+// The flipper mirrors as the library counts them.
+constexpr int kEntranceMirror = 1;
+constexpr int kExitMirror = 2;
 
 template <typename Number>
 Number Parse(const std::string& value, const char* kind) {
@@ -259,10 +263,10 @@ constexpr Property kProperties[] = {
      "width in um, 10 to 2500 (24000 on wide slits); 1 entrance, 2 entrance side, 3 exit, 4 exit side",
      GetFloatOf<CorvaneGetAutoSlitWidth>, SetFloatOf<CorvaneSetAutoSlitWidth>, PresentOf<CorvaneAutoSlitIsPresent>,
      HomeOf<CorvaneAutoSlitReset>},
-    {"entrance-port", nullptr, 0, "0 direct, 1 side", GetFlipperPort<1>, SetFlipperPort<1>, FlipperPresent<1>,
-     FlipperHome<1>},
-    {"exit-port", nullptr, 0, "0 direct, 1 side", GetFlipperPort<2>, SetFlipperPort<2>, FlipperPresent<2>,
-     FlipperHome<2>},
+    {"entrance-port", nullptr, 0, "0 direct, 1 side", GetFlipperPort<kEntranceMirror>, SetFlipperPort<kEntranceMirror>,
+     FlipperPresent<kEntranceMirror>, FlipperHome<kEntranceMirror>},
+    {"exit-port", nullptr, 0, "0 direct, 1 side", GetFlipperPort<kExitMirror>, SetFlipperPort<kExitMirror>,
+     FlipperPresent<kExitMirror>, FlipperHome<kExitMirror>},
     {"filter", nullptr, 0, "filter in use, 1 to 6; set also takes a label", GetInt<CorvaneGetFilter>, SetFilter,
      Present<CorvaneFilterIsPresent>, Home<CorvaneFilterReset>},
     {"filter-label", "filter", kFilters, "text, of which an instrument keeps 10 characters (an SX 239)", GetFilterLabel,
@@ -333,10 +337,11 @@ auto Named(const char* doing, const Property& property, int index, Operation ope
   try {
     return operation();
   } catch (const Failure& failure) {
-    const bool isStatus = failure.Advice() == AdviceForStatus(CORVANE_P2_INVALID);
     throw Failure(failure.Code(), doing + Label(property, index) + ": " + failure.what(),
-                  isStatus ? "the value is out of range; " + std::string(property.name) + ": " + property.help
-                           : failure.Advice());
+                  IsOutOfRange(failure.Status())
+                      ? "the value is out of range; " + std::string(property.name) + ": " + property.help
+                      : failure.Advice(),
+                  failure.Status());
   }
 }
 

@@ -62,10 +62,10 @@ void Check(unsigned int status, const std::string& doing) {
   if (status == CORVANE_SUCCESS) {
     return;
   }
-  const bool isArgument = status >= CORVANE_P1_INVALID && status <= CORVANE_P5_INVALID;
+  const bool isArgument = status == CORVANE_P1_INVALID || IsOutOfRange(status);
   const std::string what = StatusText(status) + " (" + std::to_string(status) + ")";
   throw Failure(isArgument ? ExitCode::kUsage : ExitCode::kInstrument, doing.empty() ? what : doing + ": " + what,
-                AdviceForStatus(status));
+                AdviceForStatus(status), status);
 }
 
 std::string SerialNumber(int device) {

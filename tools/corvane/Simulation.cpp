@@ -17,7 +17,7 @@ constexpr const char* kScenarioFile = "corvane-sim.json";
 
 /// Where this program and its build or installation keep things, nearest first. Found from the program's own place, so
 /// that neither a build tree nor an installation carries absolute paths.
-std::vector<fs::path> Places(const fs::path& inBuild, const fs::path& installed) {
+std::vector<fs::path> Folders(const fs::path& inBuild, const fs::path& installed) {
   std::error_code error;
   const fs::path program = fs::read_symlink("/proc/self/exe", error);
   const fs::path folder = program.parent_path();
@@ -25,20 +25,20 @@ std::vector<fs::path> Places(const fs::path& inBuild, const fs::path& installed)
 }
 
 fs::path SimulatedLibrary() {
-  for (const fs::path& place : Places("sim/camera", fs::path(CORVANE_LIBDIR) / "corvane/simulation")) {
-    if (fs::exists(place / kLibraryName)) {
-      return fs::canonical(place / kLibraryName);
+  for (const fs::path& folder : Folders("sim/camera", fs::path(CORVANE_LIBDIR) / "corvane/simulation")) {
+    if (fs::exists(folder / kLibraryName)) {
+      return fs::canonical(folder / kLibraryName);
     }
   }
   throw Failure(ExitCode::kSimulation, "the simulated camera SDK (" + std::string(kLibraryName) + ") is not installed",
                 "install the corvane tools completely, or run corvane from its build tree");
 }
 
-std::string ShippedNames(const std::vector<fs::path>& places) {
+std::string ShippedNames(const std::vector<fs::path>& folders) {
   std::vector<std::string> names;
-  for (const fs::path& place : places) {
+  for (const fs::path& folder : folders) {
     std::error_code error;
-    for (const auto& entry : fs::directory_iterator(place, error)) {
+    for (const auto& entry : fs::directory_iterator(folder, error)) {
       if (fs::exists(entry.path() / kScenarioFile)) {
         names.push_back(entry.path().filename().string());
       }
@@ -53,19 +53,19 @@ std::string ShippedNames(const std::vector<fs::path>& places) {
 }
 
 fs::path ScenarioDirectory(const std::string& name) {
-  const std::vector<fs::path> places = Places("sim/scenarios", fs::path(CORVANE_DATADIR) / "corvane/scenarios");
+  const std::vector<fs::path> folders = Folders("sim/scenarios", fs::path(CORVANE_DATADIR) / "corvane/scenarios");
   // A plain word is a shipped scenario, whatever folders of that name lie about; a path says that it is one.
   const bool isPath = name.find('/') != std::string::npos || name == "." || name == "..";
-  for (const fs::path& place : isPath ? std::vector<fs::path>{} : places) {
-    if (fs::exists(place / name / kScenarioFile)) {
-      return fs::canonical(place / name);
+  for (const fs::path& folder : isPath ? std::vector<fs::path>{} : folders) {
+    if (fs::exists(folder / name / kScenarioFile)) {
+      return fs::canonical(folder / name);
     }
   }
   if (fs::is_directory(name)) {
     return fs::canonical(name);
   }
   throw Failure(ExitCode::kSimulation, "there is no scenario \"" + name + "\"",
-                "give the directory of a scenario file, or one of the shipped scenarios: " + ShippedNames(places));
+                "give the directory of a scenario file, or one of the shipped scenarios: " + ShippedNames(folders));
 }
 
 }  // namespace
@@ -118,7 +118,7 @@ int Simulation::NumberOnBus() const {
   const auto peek = Resolve<decltype(&CorvaneSimPeek)>("CorvaneSimPeek");
   unsigned char byte = 0;
   int number = 0;
-  while (peek(number, 1, &byte) == 0) {
+  while (peek(number, 1, &byte) == CORVANE_SIM_DONE) {
     ++number;
   }
   return number;
@@ -130,7 +130,8 @@ int Simulation::NumberUsb() const {
 
 double Simulation::TrueWavelength(int device, int pixel) const {
   double nanometres = 0;
-  if (Resolve<decltype(&CorvaneSimTrueWavelength)>("CorvaneSimTrueWavelength")(device, pixel, &nanometres) != 0) {
+  if (Resolve<decltype(&CorvaneSimTrueWavelength)>("CorvaneSimTrueWavelength")(device, pixel, &nanometres) !=
+      CORVANE_SIM_DONE) {
     throw Failure(ExitCode::kSimulation, "the simulated instrument puts no light on pixel " + std::to_string(pixel));
   }
   return nanometres;
