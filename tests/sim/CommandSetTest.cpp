@@ -1,76 +1,80 @@
-#include "controller/ControllerInstrument.h"
+#include "controller/CommandSet.h"
 
 #include <gmock/gmock.h>
 
-#include <sstream>
+#include <initializer_list>
+#include <utility>
 
-#include "controller/CommandSet.h"
+#include "controller/ControllerInstrument.h"
 #include "scenario/Scenario.h"
 
 namespace corvane::sim {
 namespace {
 
-/// What the lines, separated by semicolons, are answered: a value, "OK" for a command carried out, or the error word.
-std::string Answers(ControllerInstrument& instrument, const std::string& lines) {
-  std::string answers;
-  std::istringstream stream(lines);
-  for (std::string line; std::getline(stream, line, ';');) {
+/// Of lines and their answers: a value, "OK" for a command carried out, or the error word.
+void ExpectAnswers(ControllerInstrument& instrument, std::initializer_list<std::pair<const char*, const char*>> list) {
+  for (const auto& [line, answer] : list) {
     const Reply reply = Execute(instrument, line);
-    answers += (answers.empty() ? "" : ";") + (reply.kind == Reply::Kind::kDone ? "OK" : reply.text);
+    EXPECT_EQ(reply.kind == Reply::Kind::kDone ? "OK" : reply.text, answer) << line;
   }
-  return answers;
 }
 
 // What the library never sends, or does not look at.
-TEST(CommandSet, AnswersAsTheFirmwareDoes) {
-  ControllerInstrument mx(*LoadScenario(SCENARIOS "/mx").i2c);
-  ControllerInstrument sx(*LoadScenario(SCENARIOS "/sx").i2c);
-  const struct {
-    ControllerInstrument& instrument;
-    const char *lines, *answers;
-  } session[] = {
-      {mx, "GRATING 3;MOVETO 5000;GRATING 1;POSITION?", "OK;OK;OK;0.0000"},  // beyond its reach: zero order
-      {mx, "MOVETO 930.7;MOVETO 930.8;MOVETO -0.1;POSITION?", "OK;E03;E03;930.7000"},
-      {mx, "GRATING 3;MOVETO 600;Step?;EXITPORT 1;EXITPORT?;MOVETO 600;Step?", "OK;OK;981377;OK;1;OK;981412"},
-      {mx, "EXITPORT 2;EXITPORT 0;GRATINGHOME;POSITION?;Step?", "E03;OK;OK;0.0000;960022"},
-      {mx, "GRATING 1;TURRET 2;TURRET?;MOVETO 500;TURRET 3;MOVETO 500",
-       "OK;OK;2;OK;OK;E03"},  // nothing is mounted as the third
-      {sx, "CONFIG_SYSTEM_DATA 83,a, b,c;CONFIG_SYSTEM_DATA? 83", "OK;a, b,c"},
-      {sx, "CONFIG_SYSTEM_DATA 83,;CONFIG_SYSTEM_DATA? 83;CONFIG_SYSTEM_DATA 83", "OK;;E03"},
-      {sx, "CONFIG_SYSTEM_DATA? 128;CONFIG_SYSTEM_DATA 128,5;CONFIG_SYSTEM_DATA? x", "E02;E02;E03"},
-      {sx, "GRATING 2;MOVETO 0;Step?;CONFIG_SYSTEM_DATA 56,20;MOVETO 0;Step?", "OK;OK;360009;OK;OK;360020"},
-      {sx, "TURRET 99;TURRET?;CONFIG_SYSTEM_DATA 114,1;GRATINGS?;TURRET 4", "OK;99;OK;1,1200.00,500;E03"},
-      {sx, "CONFIG_SYSTEM_DATA 7,x;GRATING 1;CONFIG_SYSTEM_DATA 122,;GRATINGS?;POSITION?", "OK;OK;OK;;E10"},
-      {sx, "SAVEINFO? 1;ENTRANCEPORT?;ENTRANCEPORT 1;PORT_INPUT?;PORT_OUTPUT 1;GOODBYE", "E01;0;E12;E12;E12;OK"},
-  };
-  for (const auto& [instrument, lines, answers] : session) {
-    EXPECT_EQ(Answers(instrument, lines), answers) << lines;
-  }
+struct CommandSet : testing::Test {
+  ControllerInstrument mx{*LoadScenario(SCENARIOS "/mx").i2c};
+  ControllerInstrument sx{*LoadScenario(SCENARIOS "/sx").i2c};
+};
+
+TEST_F(CommandSet, AGratingThatDoesNotReachTheWavelengthGoesToZeroOrder) {
+  ExpectAnswers(mx, {{"GRATING 3", "OK"}, {"MOVETO 5000", "OK"}, {"GRATING 1", "OK"}, {"POSITION?", "0.0000"}});
 }
 
-TEST(CommandSet, RejectedLinesNameTheReasonAndChangeNothing) {
-  InstrumentDescription description = DefaultInstrument();
-  description.parts.filterWheel = description.parts.focusMirror = false;
-  description.parts.entranceFlipper = description.parts.exitFlipper = false;
-  ControllerInstrument instrument(description);
-  const std::string before = instrument.Memory().ToHex();
-  const std::pair<const char*, std::vector<const char*>> rejected[] = {
-      {"E01", {" ", "step?", "STEP_ABS 5", "Hello?", "SYSTEMINFO", "CONFIG_SYSTEM_DATA? 1"}},
-      {"E02", {"SAVEINFO? 0", "SAVEINFO? 1025", "SAVEINFO 5000,1"}},
-      {"E03",
-       {"MOVETO", "MOVETO 5,5", "MOVETO nan", "MOVETO 1e9", "GRATING 4", "GRATING 1.5", "GRATING 99999999999",
-        "Step_abs 1440000", "Step_abs -1", "SAVEINFO 1,256", "SLIT_WIDTH 1, 2501", "SLIT_WIDTH 1, 9"}},
-      {"E05", {"FILTER?", "FILTER 1", "FILTERHOME", "FILTER_MODE?"}},
-      {"E09", {"SLIT_WIDTH? 2", "SLITHOME 5", "SLIT_MODE? 0"}},
-      {"E12", {"FOCUS?", "FOCUS_TOTALSTEPS?", "MOVE_FOCUS 0,1", "FOCUS_HOME", "EXITPORT 0", "ENTRANCEPORT 1"}},
-  };
-  for (const auto& [error, lines] : rejected) {
-    for (const char* const line : lines) {
-      EXPECT_EQ(Answers(instrument, line), error) << line;
-    }
-  }
-  EXPECT_EQ(instrument.Memory().ToHex(), before);
-  EXPECT_EQ(Answers(instrument, "POSITION?;PERIPHERAL?;EXITPORT?"), "500.0000;SI1,SO1,IPD,EPD;0");
+TEST_F(CommandSet, ValuesBeyondTheReachOfAPartAreRefused) {
+  ExpectAnswers(mx, {{"GRATING 1", "OK"}, {"MOVETO 930.7", "OK"}, {"MOVETO 930.8", "E03"}, {"MOVETO -0.1", "E03"}});
+  ExpectAnswers(mx, {{"POSITION?", "930.7000"}, {"SLIT_WIDTH 1, 9", "E03"}, {"SLIT_WIDTH 1, 2501", "E03"}});
+}
+
+TEST_F(CommandSet, EachExitPortHasItsZeroOrder) {
+  ExpectAnswers(mx, {{"GRATING 3", "OK"}, {"MOVETO 600", "OK"}, {"Step?", "981377"}});
+  ExpectAnswers(mx, {{"EXITPORT 1", "OK"}, {"EXITPORT?", "1"}, {"MOVETO 600", "OK"}, {"Step?", "981412"}});
+  ExpectAnswers(mx, {{"EXITPORT 2", "E03"}, {"EXITPORT 0", "OK"}, {"GRATINGHOME", "OK"}, {"Step?", "960022"}});
+}
+
+TEST_F(CommandSet, ATurretWithoutGratingsTakesNoMove) {
+  ExpectAnswers(mx, {{"TURRET 2", "OK"}, {"TURRET?", "2"}, {"MOVETO 500", "OK"}});
+  ExpectAnswers(mx, {{"TURRET 3", "OK"}, {"MOVETO 500", "E03"}});
+}
+
+TEST_F(CommandSet, TextsAreEverythingBehindTheFirstComma) {
+  ExpectAnswers(sx, {{"CONFIG_SYSTEM_DATA 83,a, b,c", "OK"}, {"CONFIG_SYSTEM_DATA? 83", "a, b,c"}});
+  ExpectAnswers(sx, {{"CONFIG_SYSTEM_DATA 83,", "OK"}, {"CONFIG_SYSTEM_DATA? 83", ""}});
+  ExpectAnswers(sx, {{"CONFIG_SYSTEM_DATA 83", "E03"}, {"CONFIG_SYSTEM_DATA? x", "E03"}});
+  ExpectAnswers(sx, {{"CONFIG_SYSTEM_DATA? 128", "E02"}, {"CONFIG_SYSTEM_DATA 128,5", "E02"}});
+}
+
+TEST_F(CommandSet, AnOffsetWrittenToATextMovesZeroOrder) {
+  ExpectAnswers(sx, {{"GRATING 2", "OK"}, {"MOVETO 0", "OK"}, {"Step?", "360009"}});
+  ExpectAnswers(sx, {{"CONFIG_SYSTEM_DATA 56,20", "OK"}, {"MOVETO 0", "OK"}, {"Step?", "360020"}});
+}
+
+TEST_F(CommandSet, OfAnUnlistedTurretAnSxKnowsWhatItsRecordSaysOfTheFirst) {
+  ExpectAnswers(sx, {{"TURRET 99", "OK"}, {"TURRET?", "99"}, {"TURRET 4", "E03"}});
+  ExpectAnswers(sx, {{"CONFIG_SYSTEM_DATA 114,1", "OK"}, {"GRATINGS?", "1,1200.00,500"}});
+  ExpectAnswers(sx, {{"CONFIG_SYSTEM_DATA 122,", "OK"}, {"GRATINGS?", ""}, {"POSITION?", "E10"}});
+}
+
+TEST(CommandSetOfABare, RejectedLinesNameTheReasonAndChangeNothing) {
+  ControllerInstrument bare(*LoadScenario(SCENARIOS "/bare").i2c);
+  const std::string memory = bare.Memory().ToHex();
+  ExpectAnswers(bare, {{" ", "E01"}, {"step?", "E01"}, {"STEP_ABS 5", "E01"}, {"Hello?", "E01"}});
+  ExpectAnswers(bare, {{"SAVEINFO? 0", "E02"}, {"SAVEINFO? 1025", "E02"}, {"SAVEINFO 5000,1", "E02"}});
+  ExpectAnswers(bare, {{"MOVETO", "E03"}, {"MOVETO 5,5", "E03"}, {"MOVETO nan", "E03"}, {"MOVETO 1e9", "E03"}});
+  ExpectAnswers(bare, {{"GRATING 4", "E03"}, {"GRATING 1.5", "E03"}, {"GRATING 99999999999", "E03"}});
+  ExpectAnswers(bare, {{"Step_abs 1440000", "E03"}, {"Step_abs -1", "E03"}, {"SAVEINFO 1,256", "E03"}});
+  ExpectAnswers(bare, {{"FILTER?", "E05"}, {"FILTERHOME", "E05"}, {"SLIT_WIDTH? 1", "E09"}, {"SLITHOME 5", "E09"}});
+  ExpectAnswers(bare, {{"FOCUS?", "E12"}, {"MOVE_FOCUS 0,1", "E12"}, {"EXITPORT 0", "E12"}, {"PORT_INPUT?", "E12"}});
+  EXPECT_EQ(bare.Memory().ToHex(), memory);
+  ExpectAnswers(bare, {{"POSITION?", "500.0000"}, {"EXITPORT?", "0"}});
 }
 
 }  // namespace

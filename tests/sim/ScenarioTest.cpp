@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <utility>
 
 #include "controller/ControllerInstrument.h"
 #include "legacy/LegacyInstrument.h"
@@ -13,6 +12,7 @@
 namespace corvane::sim {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::ThrowsMessage;
 
@@ -46,10 +46,22 @@ TEST(Scenario, MistakesAreReportedWithTheirPlace) {
        "i2c.turrets[0].gratings[0].blaze must be a text of at most 4"},
       {R"({"i2c": {"record": {"sine": {"amplitude": 200}}}})", "i2c.record.sine turns the drive back"},
       {R"({"i2c": {"model": "SX", "parts": {"entranceFlipper": true}}})", "entranceFlipper is nothing that an SX"},
+      {R"({"i2c": {"model": "SX", "memory": {"patches": []}}})", "memory.patches are not in the memory of this model"},
+      {R"({"i2c": {"memory": {"patches": [{"address": 1024, "bytes": [1, 2]}]}}})",
+       "bytes must be a list [ ] of 0 to 1"},
+      {R"({"i2c": {"parts": {"slits": {"SI1": {"width": 2501}}}}})",
+       "SI1.width must be a whole number from 10 to 2500"},
+      {R"({"i2c": {"structureVersion": "10.0"}})", R"(structureVersion must be major.minor, from "1.0" to "9.99")"},
+      {R"({"i2c": {"firmware": "new"}})", R"(i2c.firmware must be major.minor, from "0.0" to "99.99")"},
+      {R"({"i2c": {"serial": "CV123456789"}})", "i2c.serial must be a text of at most 10 printable"},
       {R"({"i2c": {"faults": [{"error": "E01", "silence": true}]}})", "and only one"},
+      {R"({"i2c": {"faults": [{"comand": "MOVETO", "error": "E01"}]}})", "i2c.faults[0].comand is not known here"},
+      {R"({"i2c": {"faults": [{"command": "MOVETO?", "error": "E01"}]}})", "i2c.faults[0].command must be a word"},
+      {R"({"i2c": {"faults": [{"error": "E1"}]}})", "i2c.faults[0].error must be an error word"},
       {R"({"legacy": {"memory": {"patches": [{"bytes": [256]}]}}})", "legacy.memory.patches[0].bytes[0] must be"},
       {R"({"legacy": {"structureVersion": "1.0", "turrets": [{}]}})", "legacy.turrets are not in a record of this age"},
       {R"({"usb": [{}, {"vendorId": "136E"}]})", "usb[1].vendorId must be a USB identifier"},
+      {R"({"usb": [{}, {"serial": "A", "serial": "B"}]})", "usb[1].serial is given twice"},
       {R"({"transportFaults": [{"operation": 0}]})", "transportFaults[0].operation must be a whole number from 1"}};
   for (const auto& [text, place] : kMistakes) {
     const auto parse = [&scenario = text] { ParseScenario(scenario, "file", "/nowhere"); };
@@ -57,34 +69,57 @@ TEST(Scenario, MistakesAreReportedWithTheirPlace) {
   }
 }
 
-TEST(StateFile, WhatItHoldsOutlivesTheInstrumentOnlyInItsOwnWholeFile) {
-  const TemporaryDirectory directory;
+struct StateFile : testing::Test {
+  StateFile() {
+    description.stateFile = directory.Path() / "state.json";
+    ControllerInstrument instrument(description);
+    instrument.WriteParameter(82, kLabel);
+    instrument.SetFilter(2);
+    std::ifstream file(description.stateFile);
+    text.assign(std::istreambuf_iterator<char>(file), {});
+  }
+
+  void ExpectRefused(const std::string& content, const char* reason) const {
+    directory.Write("state.json", content);
+    const auto load = [&] { const ControllerInstrument loaded(description); };
+    EXPECT_THAT(load, ThrowsMessage<std::runtime_error>(AllOf(HasSubstr(reason), HasSubstr("delete the file"))));
+  }
+
+  static constexpr const char* kLabel = "5,\x01 \"x\" ";
+  TemporaryDirectory directory;
   InstrumentDescription description = DefaultInstrument("SX");
-  description.stateFile = directory.Path() / "state.json";
-  const auto load = [&] { const ControllerInstrument loaded(description); };
-  ControllerInstrument instrument(description);
-  instrument.MoveTo(612.5);
-  instrument.SetFilter(2);
-  instrument.WriteParameter(82, "5,\x01 \"x\" ");
-  instrument.SetMountedTurret(kUnlistedTurret);
+  std::string text;
+};
+
+TEST_F(StateFile, OutlivesTheInstrument) {
   const ControllerInstrument again(description);
   EXPECT_EQ(again.Stands().filter, 2);
-  EXPECT_EQ(again.Parameters().Text(82), "5,\x01 \"x\" ");
-  EXPECT_EQ(again.MountedTurret(), kUnlistedTurret);
+  EXPECT_EQ(again.Parameters().Text(82), kLabel);
+}
 
-  const std::string serial = std::exchange(description.serial, "OTHER");
-  EXPECT_THAT(load, ThrowsMessage<std::runtime_error>(HasSubstr("belongs to instrument CV1001, not to OTHER")));
-  description.serial = serial;
-  std::ifstream file(description.stateFile);
-  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+TEST_F(StateFile, OfAnotherInstrumentIsRefused) {
+  description.serial = "OTHER";
+  ExpectRefused(text, "belongs to instrument CV1001, not to OTHER");
+}
+
+TEST_F(StateFile, CutAnywhereIsRefused) {
   for (std::size_t length = 0; length + 2 < text.size(); length += 7) {
-    directory.Write("state.json", text.substr(0, length));
-    EXPECT_THAT(load, ThrowsMessage<std::runtime_error>(HasSubstr("delete the file"))) << length;
+    ExpectRefused(text.substr(0, length), "parse error");
   }
-  directory.Write("state.json", text.replace(text.find("\"filter\": 2"), 11, "\"filter\": 9"));
-  EXPECT_THAT(load, ThrowsMessage<std::runtime_error>(HasSubstr("filter is out of range")));
-  directory.Write("state.json", R"({"serial": "CV1001", "parameters": ["a"], "positions": {}})");
-  EXPECT_THAT(load, ThrowsMessage<std::runtime_error>(HasSubstr("its parameters are damaged")));
+}
+
+TEST_F(StateFile, WithContentsThatNoInstrumentWritesIsRefused) {
+  const std::string filter = "\"filter\": ";
+  constexpr const char* kSpoiled[][2] = {{"9", "filter is out of range"},
+                                         {"2.5", "positions/filter is neither a whole number nor a text"},
+                                         {"4294967298", "filter is not known or out of range"},
+                                         {"2, \"filter\": 3", "positions.filter is given twice"},
+                                         {"2, \"fliter\": 3", "fliter is not known"}};
+  for (const auto& [value, reason] : kSpoiled) {
+    std::string spoiled = text;
+    ExpectRefused(spoiled.replace(spoiled.find(filter), filter.size() + 1, filter + value), reason);
+  }
+  ExpectRefused(R"({"serial": "CV1001", "parameters": ["a"], "positions": {}})", "its parameters are damaged");
 }
 
 }  // namespace
