@@ -29,46 +29,48 @@ TCorvaneMerakGrating& TMerakFactory::Grating() {
 }
 
 ISpectrographGrating* TMerakFactory::CreateGrating() {
-  Grating();
-  // The first caller owns it from here on; further calls only name it.
-  static_cast<void>(mOwnedGrating.release());
-  return mGrating;
+  return &Grating();
 }
 
-ISpectrographWavelength* TMerakFactory::CreateWavelength() {
-  return std::make_unique<TMerakWavelength>(*mDevice, Grating()).release();
+std::unique_ptr<ISpectrographWavelength> TMerakFactory::CreateWavelength() {
+  return std::make_unique<TMerakWavelength>(*mDevice, Grating());
 }
 
 TSpectrographDevice* TMerakFactory::CreateCorvane() {
   return mDevice;
 }
 
-ISpectrographEEPROM* TMerakFactory::CreateEeprom() {
-  return std::make_unique<TCorvaneMerakEeprom>(mDevice->GetMerakOrbis()).release();
+std::unique_ptr<ISpectrographEEPROM> TMerakFactory::CreateEeprom() {
+  return std::make_unique<TCorvaneMerakEeprom>(mDevice->GetMerakOrbis());
 }
 
-ISpectrographFlipper* TMerakFactory::CreateFlipper(ISpectrographFlipper::TFlipperPosition position) {
-  return std::make_unique<TCorvaneMerakFlipper>(mDevice->GetMerakOrbis(), mDevice->GetStepTurret(), position).release();
+std::unique_ptr<ISpectrographFlipper> TMerakFactory::CreateFlipper(ISpectrographFlipper::TFlipperPosition position) {
+  return std::make_unique<TCorvaneMerakFlipper>(mDevice->GetMerakOrbis(), mDevice->GetStepTurret(), position);
 }
 
-ISpectrographSlit* TMerakFactory::CreateSlit(ISpectrographSlit::TSlitPosition position) {
-  return std::make_unique<TCorvaneMerakSlit>(mDevice->GetMerakOrbis(), position).release();
+std::unique_ptr<ISpectrographSlit> TMerakFactory::CreateSlit(ISpectrographSlit::TSlitPosition position) {
+  return std::make_unique<TCorvaneMerakSlit>(mDevice->GetMerakOrbis(), position);
 }
 
-ISpectrographFilter* TMerakFactory::CreateFilter() {
-  return std::make_unique<TCorvaneMerakFilter>(mDevice->GetMerakOrbis()).release();
+std::unique_ptr<ISpectrographFilter> TMerakFactory::CreateFilter() {
+  return std::make_unique<TCorvaneMerakFilter>(mDevice->GetMerakOrbis());
 }
 
-ISpectrographFocusMirror* TMerakFactory::CreateFocusMirror() {
-  return std::make_unique<TCorvaneMerakFocusMirror>(mDevice->GetMerakOrbis()).release();
+std::unique_ptr<ISpectrographFocusMirror> TMerakFactory::CreateFocusMirror() {
+  return std::make_unique<TCorvaneMerakFocusMirror>(mDevice->GetMerakOrbis());
 }
 
-ISpectrographShutter* TMerakFactory::CreateShutter() {
-  return std::make_unique<TMerakShutter>().release();
+std::unique_ptr<ISpectrographShutter> TMerakFactory::CreateShutter() {
+  return std::make_unique<TMerakShutter>();
 }
 
-ISpectrographAccessory* TMerakFactory::CreateAccessory() {
-  return std::make_unique<TCorvaneMerakAccessory>(mDevice->GetMerakOrbis()).release();
+std::unique_ptr<ISpectrographAccessory> TMerakFactory::CreateAccessory() {
+  return std::make_unique<TCorvaneMerakAccessory>(mDevice->GetMerakOrbis());
+}
+
+std::unique_ptr<ISpectrographGrating> TMerakFactory::TakeGrating() {
+  Grating();
+  return std::move(mOwnedGrating);
 }
 
 std::unique_ptr<TMerakSpectrographDevice> TMerakFactory::TakeSpectrograph() {

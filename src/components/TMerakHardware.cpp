@@ -28,22 +28,21 @@ TMerakHardware::~TMerakHardware() {
     // Out of memory while saving: the device tries once more and drops what is left.
   }
   DestroyComponents();
-  mDevice.reset();
 }
 
 void TMerakHardware::CreateComponents(TMerakFactory& factory) {
-  mWavelength.reset(factory.CreateWavelength());
+  mWavelength = factory.CreateWavelength();
   for (std::size_t i = 0; i < mFlipper.size(); ++i) {
-    mFlipper[i].reset(factory.CreateFlipper(static_cast<ISpectrographFlipper::TFlipperPosition>(i)));
+    mFlipper[i] = factory.CreateFlipper(static_cast<ISpectrographFlipper::TFlipperPosition>(i));
   }
-  mAccessory.reset(factory.CreateAccessory());
-  mEeprom.reset(factory.CreateEeprom());
-  mFilter.reset(factory.CreateFilter());
-  mFocusMirror.reset(factory.CreateFocusMirror());
-  mGrating.reset(factory.CreateGrating());
-  mShutter.reset(factory.CreateShutter());
+  mAccessory = factory.CreateAccessory();
+  mEeprom = factory.CreateEeprom();
+  mFilter = factory.CreateFilter();
+  mFocusMirror = factory.CreateFocusMirror();
+  mGrating = factory.TakeGrating();
+  mShutter = factory.CreateShutter();
   for (std::size_t i = 0; i < mSlit.size(); ++i) {
-    mSlit[i].reset(factory.CreateSlit(static_cast<ISpectrographSlit::TSlitPosition>(i)));
+    mSlit[i] = factory.CreateSlit(static_cast<ISpectrographSlit::TSlitPosition>(i));
   }
 }
 

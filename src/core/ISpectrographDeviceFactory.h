@@ -14,20 +14,19 @@
 #include "core/ISpectrographWavelength.h"
 #include "core/TSpectrographDevice.h"
 
-/// Every operation hands out a component that the caller owns, save that an implementation may share its grating and
-/// its device between calls; where it does, it says who owns them. Null means that this kind of instrument has no
-/// such component.
+/// Grating and device are one each for all calls: what is handed out is borrowed, and the factory says for how long.
+/// Null means that this kind of instrument has no such component.
 class ISpectrographDeviceFactory {
  public:
   virtual ~ISpectrographDeviceFactory() = default;
-  virtual ISpectrographFlipper* CreateFlipper(ISpectrographFlipper::TFlipperPosition position) = 0;
+  virtual std::unique_ptr<ISpectrographFlipper> CreateFlipper(ISpectrographFlipper::TFlipperPosition position) = 0;
   virtual ISpectrographGrating* CreateGrating() = 0;
-  virtual ISpectrographWavelength* CreateWavelength() = 0;
-  virtual ISpectrographSlit* CreateSlit(ISpectrographSlit::TSlitPosition position) = 0;
-  virtual ISpectrographFilter* CreateFilter() = 0;
-  virtual ISpectrographFocusMirror* CreateFocusMirror() = 0;
-  virtual ISpectrographShutter* CreateShutter() = 0;
+  virtual std::unique_ptr<ISpectrographWavelength> CreateWavelength() = 0;
+  virtual std::unique_ptr<ISpectrographSlit> CreateSlit(ISpectrographSlit::TSlitPosition position) = 0;
+  virtual std::unique_ptr<ISpectrographFilter> CreateFilter() = 0;
+  virtual std::unique_ptr<ISpectrographFocusMirror> CreateFocusMirror() = 0;
+  virtual std::unique_ptr<ISpectrographShutter> CreateShutter() = 0;
   virtual TSpectrographDevice* CreateCorvane() = 0;
-  virtual ISpectrographEEPROM* CreateEeprom() = 0;
-  virtual ISpectrographAccessory* CreateAccessory() = 0;
+  virtual std::unique_ptr<ISpectrographEEPROM> CreateEeprom() = 0;
+  virtual std::unique_ptr<ISpectrographAccessory> CreateAccessory() = 0;
 };
