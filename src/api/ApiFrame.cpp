@@ -28,11 +28,11 @@ ApiCall& ApiCall::RequireGrating(int grating, Argument argument) {
 
 TSpectrographHardware& ApiCall::Hardware() const {
   // A failed search leaves the earlier flag and count but no list.
-  return Fitted(Fitted(pCorvaneList).GetDevice(mDevice));
+  return RequireNotNull(RequireNotNull(pCorvaneList).GetDevice(mDevice));
 }
 
 TCalibration& ApiCall::Calibration() const {
-  return Fitted(Fitted(pCorvaneList).GetCalibration(mDevice));
+  return RequireNotNull(RequireNotNull(pCorvaneList).GetCalibration(mDevice));
 }
 
 }  // namespace corvane

@@ -10,10 +10,9 @@
 #include <utility>
 
 #include "api/CorvaneCIF.h"
+#include "calibration/TCalibration.h"
 #include "core/TCorvaneException.h"
 #include "core/TSpectrographHardware.h"
-
-class TCalibration;
 
 namespace corvane {
 
@@ -34,13 +33,13 @@ void StoreResult(T* output, const T& value) {
   }
 }
 
-/// A null component is a failure like any other; the slit and flipper functions rely on it too.
+/// Throws for what is not there: a part that this instrument does not have is a failure like any other.
 template <typename T>
-T& Fitted(T* component) {
-  if (component == nullptr) {
-    throw TCorvaneException(1);
+T& RequireNotNull(T* object) {
+  if (object == nullptr) {
+    throw TCorvaneException(TCorvaneException::kFailure);
   }
-  return *component;
+  return *object;
 }
 
 class ApiCall {
@@ -76,15 +75,15 @@ class ApiCall {
   /// Runs body(component&) for a component of the device, guarded.
   template <typename Interface, typename Body>
   ApiCall& On(Interface* (TSpectrographHardware::*get)() const, Body&& body) {
-    return Guarded([&] { std::forward<Body>(body)(Fitted((Hardware().*get)())); });
+    return Guarded([&] { std::forward<Body>(body)(RequireNotNull((Hardware().*get)())); });
   }
 
-  /// Runs body(TCalibration&) for the device, guarded; a code other than 0 is a failure.
+  /// Runs body(TCalibration&) for the device, guarded; a code other than TCalibration::kSuccess is a failure.
   template <typename Body>
   ApiCall& OnCalibration(Body&& body) {
     return Guarded([&] {
-      if (std::forward<Body>(body)(Calibration()) != 0) {
-        throw TCorvaneException(1);
+      if (std::forward<Body>(body)(Calibration()) != TCalibration::kSuccess) {
+        throw TCorvaneException(TCorvaneException::kFailure);
       }
     });
   }

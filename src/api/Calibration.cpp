@@ -23,7 +23,7 @@ unsigned int CorvaneSetPixelWidth(int device, float width) {
       .Require(width >= 1.0F, Argument::kSecond)
       .OnCalibration([&](TCalibration& calibration) {
         calibration.SetPixelWidth(width);
-        return 0;
+        return TCalibration::kSuccess;
       })
       .Status();
 }
@@ -41,7 +41,7 @@ unsigned int CorvaneSetNumberPixels(int device, int count) {
       .Require(count >= 1, Argument::kSecond)
       .OnCalibration([&](TCalibration& calibration) {
         calibration.SetNumberPixels(count);
-        return 0;
+        return TCalibration::kSuccess;
       })
       .Status();
 }

@@ -48,6 +48,12 @@ enum {
   CORVANE_DESCRIPTION_LENGTH = 64   /* longest text of CorvaneGetFunctionReturnDescription, terminator included */
 };
 
+/* Limits of arguments; the limits themselves are allowed. Offsets, to either side of 0, and slit widths (um). */
+enum { CORVANE_MAX_GRATING_OFFSET = 20000, CORVANE_MAX_DETECTOR_OFFSET = 240000 };
+#define CORVANE_MIN_SLIT_WIDTH 10.0F
+#define CORVANE_MAX_SLIT_WIDTH 2500.0F
+#define CORVANE_MAX_WIDE_SLIT_WIDTH 24000.0F /* slits of mode "SLIT-I24" */
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -76,7 +82,8 @@ CORVANE_API unsigned int CorvaneGetSerialNumber(int device, char* serial);
 
 /* Text for a status number: "SUCCESS", "COMMUNICATION ERROR", ... At most length - 1 characters (and never more than
  * 63) and a terminator are written. CORVANE_P2_INVALID: text is null; CORVANE_P3_INVALID: length below 1 (nothing
- * written), or the text had to be cut. 20269, 20270 and 20292 have no text of their own. Needs no initialisation. */
+ * written), or the text had to be cut. CORVANE_P4_INVALID, CORVANE_P5_INVALID and CORVANE_NO_LEGACY_DRIVER have no text
+ * of their own. Needs no initialisation. */
 CORVANE_API unsigned int CorvaneGetFunctionReturnDescription(int code, char* text, int length);
 
 /* ---- Wavelength ---------------------------------------------------------------------------------------------- */
@@ -132,9 +139,9 @@ CORVANE_API unsigned int CorvaneWavelengthUnsafeReset(int device);
 CORVANE_API unsigned int CorvaneSetTurret(int device, int turret);
 CORVANE_API unsigned int CorvaneGetTurret(int device, int* turret);
 
-/* Offset of a grating in steps. CORVANE_P2_INVALID: no such grating; CORVANE_P3_INVALID: outside -20000 to 20000. The
- * drive follows: "POSITION?" and "MOVETO", or steps when the grating is in use. Kept in the record at close; an SX gets
- * all offsets at once, "CONFIG_SYSTEM_DATA". */
+/* Offset of a grating in steps. CORVANE_P2_INVALID: no such grating; CORVANE_P3_INVALID: beyond
+ * CORVANE_MAX_GRATING_OFFSET. The drive follows: "POSITION?" and "MOVETO", or steps when the grating is in use. Kept in
+ * the record at close; an SX gets all offsets at once, "CONFIG_SYSTEM_DATA". */
 CORVANE_API unsigned int CorvaneSetGratingOffset(int device, int grating, int offset);
 CORVANE_API unsigned int CorvaneGetGratingOffset(int device, int grating, int* offset);
 
@@ -142,7 +149,8 @@ CORVANE_API unsigned int CorvaneGratingIsPresent(int device, int* present);
 
 /* ---- Detector offsets ---------------------------------------------------------------------------------------- */
 
-/* Offset in steps for the direct ports (entrance 0, exit 0). CORVANE_P2_INVALID: outside -240000 to 240000. */
+/* Offset in steps for the direct ports (entrance 0, exit 0). CORVANE_P2_INVALID: beyond
+ * CORVANE_MAX_DETECTOR_OFFSET. */
 CORVANE_API unsigned int CorvaneSetDetectorOffset(int device, int offset);
 CORVANE_API unsigned int CorvaneGetDetectorOffset(int device, int* offset);
 
@@ -150,8 +158,8 @@ CORVANE_API unsigned int CorvaneGetDetectorOffset(int device, int* offset);
 CORVANE_API unsigned int CorvaneSetDetectorOffsetPort2(int device, int offset);
 CORVANE_API unsigned int CorvaneGetDetectorOffsetPort2(int device, int* offset);
 
-/* The same for any pair of ports (0 or 1 each; others are ignored). CORVANE_P4_INVALID: offset outside -240000 to
- * 240000. Answers CORVANE_SUCCESS even when the instrument could not be reached. */
+/* The same for any pair of ports (0 or 1 each; others are ignored). CORVANE_P4_INVALID: offset beyond
+ * CORVANE_MAX_DETECTOR_OFFSET. Answers CORVANE_SUCCESS even when the instrument could not be reached. */
 CORVANE_API unsigned int CorvaneSetDetectorOffsetEx(int device, int entrancePort, int exitPort, int offset);
 
 /* Asks the instrument but never writes offset, and answers CORVANE_SUCCESS even when the instrument could not be
@@ -162,8 +170,9 @@ CORVANE_API unsigned int CorvaneGetDetectorOffsetEx(int device, int entrancePort
 
 /* Slits 1 to 4: 1 entrance, direct; 2 entrance, side; 3 exit, direct; 4 exit, side. */
 
-/* Opens a slit to a width in micrometres. CORVANE_P2_INVALID: slit outside 1 to 4; CORVANE_P3_INVALID: width outside
- * 10 to 24000, or above 2500 on any slit whose mode is not "SLIT-I24". "SLIT_MODE?" and "SLIT_WIDTH". */
+/* Opens a slit to a width in micrometres. CORVANE_P2_INVALID: slit outside 1 to 4; CORVANE_P3_INVALID: width below
+ * CORVANE_MIN_SLIT_WIDTH or above CORVANE_MAX_SLIT_WIDTH, on slits of mode "SLIT-I24" CORVANE_MAX_WIDE_SLIT_WIDTH.
+ * "SLIT_MODE?" and "SLIT_WIDTH". */
 CORVANE_API unsigned int CorvaneSetAutoSlitWidth(int device, int slit, float width);
 /* CORVANE_P3_INVALID: width is null. "SLIT_WIDTH?". */
 CORVANE_API unsigned int CorvaneGetAutoSlitWidth(int device, int slit, float* width);

@@ -5,19 +5,15 @@
 
 using corvane::ApiCall;
 using corvane::Argument;
-using corvane::Fitted;
+using corvane::RequireNotNull;
 
 namespace {
 
 constexpr int kExitFlipper = 2;
 
-bool PortKnown(int port) {
-  return port == 0 || port == 1;
-}
-
 ApiCall FlipperCall(int device, int flipper) {
   ApiCall call(device);
-  call.Require(flipper >= 1 && flipper <= ISpectrographFlipper::kPositions, Argument::kSecond);
+  call.Require(corvane::FlipperKnown(flipper), Argument::kSecond);
   return call;
 }
 
@@ -25,12 +21,12 @@ ApiCall FlipperCall(int device, int flipper) {
 template <typename Body>
 ApiCall& OnFlipper(ApiCall& call, int flipper, Body&& body) {
   return call.OnHardware([&](TSpectrographHardware& hardware) {
-    body(Fitted(hardware.GetFlipperInterface(SDKFlipperIndexToFlipperPosition(flipper))));
+    body(RequireNotNull(hardware.GetFlipperInterface(SDKFlipperIndexToFlipperPosition(flipper))));
   });
 }
 
 unsigned int SetPort(ApiCall call, int flipper, int port, Argument portArgument) {
-  call.Require(PortKnown(port), portArgument);
+  call.Require(corvane::PortKnown(port), portArgument);
   return OnFlipper(call, flipper,
                    [&](ISpectrographFlipper& mirror) { mirror.SetFlipperPort(SDKPortIndexToPortPosition(port)); })
       .Status();
@@ -78,7 +74,7 @@ unsigned int CorvaneGetCCDLimits(int device, int port, float* low, float* high) 
   float lowest = 0.0F;
   float highest = 0.0F;
   ApiCall call(device);
-  call.Require(PortKnown(port), Argument::kSecond)
+  call.Require(corvane::PortKnown(port), Argument::kSecond)
       .Require(low != nullptr, Argument::kThird)
       .Require(high != nullptr, Argument::kFourth);
   return OnFlipper(call, kExitFlipper,

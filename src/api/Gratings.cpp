@@ -13,8 +13,6 @@ namespace {
 
 constexpr auto kGrating = &TSpectrographHardware::GetGratingInterface;
 constexpr int kMaxTurrets = 3;
-constexpr int kMaxGratingOffset = 20000;
-constexpr int kMaxDetectorOffset = 240000;
 
 void StoreText(char* output, const char* text) {
   if (output == nullptr) {
@@ -26,8 +24,12 @@ void StoreText(char* output, const char* text) {
   output[length] = '\0';
 }
 
+bool IsWithin(int offset, int limit) {
+  return offset >= -limit && offset <= limit;
+}
+
 bool DetectorOffsetAllowed(int offset) {
-  return offset >= -kMaxDetectorOffset && offset <= kMaxDetectorOffset;
+  return IsWithin(offset, CORVANE_MAX_DETECTOR_OFFSET);
 }
 
 unsigned int SetDetectorOffset(int device, int entrance, int exit, int offset) {
@@ -127,7 +129,7 @@ unsigned int CorvaneGetTurret(int device, int* turret) {
 unsigned int CorvaneSetGratingOffset(int device, int grating, int offset) {
   return ApiCall(device)
       .RequireGrating(grating)
-      .Require(offset >= -kMaxGratingOffset && offset <= kMaxGratingOffset, Argument::kThird)
+      .Require(IsWithin(offset, CORVANE_MAX_GRATING_OFFSET), Argument::kThird)
       .On(kGrating, [&](ISpectrographGrating& turret) { turret.SetGratingOffset(grating - 1, offset); })
       .Status();
 }

@@ -4,24 +4,49 @@
 
 namespace {
 
-template <typename Position>
-Position Map(int number, int first, int last) {
-  if (number < first || number > last) {
-    throw TCorvaneException(1);
+constexpr int kFirstSlit = 1;
+constexpr int kFirstFlipper = 1;
+constexpr int kFirstPort = 0;
+
+bool IsAmong(int number, int first, int count) {
+  return number >= first && number < first + count;
+}
+
+void Require(bool known) {
+  if (!known) {
+    throw TCorvaneException(TCorvaneException::kFailure);
   }
-  return static_cast<Position>(number - first);
 }
 
 }  // namespace
 
+namespace corvane {
+
+bool SlitKnown(int slit) {
+  return IsAmong(slit, kFirstSlit, ISpectrographSlit::kPositions);
+}
+
+bool FlipperKnown(int flipper) {
+  return IsAmong(flipper, kFirstFlipper, ISpectrographFlipper::kPositions);
+}
+
+bool PortKnown(int port) {
+  return IsAmong(port, kFirstPort, ISpectrographFlipper::kPorts);
+}
+
+}  // namespace corvane
+
 ISpectrographSlit::TSlitPosition SDKSlitIndexToSlitPosition(int slit) {
-  return Map<ISpectrographSlit::TSlitPosition>(slit, 1, 4);
+  Require(corvane::SlitKnown(slit));
+  return static_cast<ISpectrographSlit::TSlitPosition>(slit - kFirstSlit);
 }
 
 ISpectrographFlipper::TFlipperPosition SDKFlipperIndexToFlipperPosition(int flipper) {
-  return Map<ISpectrographFlipper::TFlipperPosition>(flipper, 1, 2);
+  Require(corvane::FlipperKnown(flipper));
+  return static_cast<ISpectrographFlipper::TFlipperPosition>(flipper - kFirstFlipper);
 }
 
 ISpectrographFlipper::TPortPosition SDKPortIndexToPortPosition(int port) {
-  return Map<ISpectrographFlipper::TPortPosition>(port, 0, 1);
+  Require(corvane::PortKnown(port));
+  return static_cast<ISpectrographFlipper::TPortPosition>(port - kFirstPort);
 }

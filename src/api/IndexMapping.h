@@ -1,13 +1,19 @@
-// Slit, flipper and port numbers of the exported functions to positions of the components. Each throws
-// TCorvaneException(1) for a number it does not know.
+// Slit, flipper and port numbers of the exported functions to positions of the components.
 #pragma once
 
 #include "core/ISpectrographFlipper.h"
 #include "core/ISpectrographSlit.h"
 
-/// 1 to 4 to positions 0 to 3.
+namespace corvane {
+
+/// Slits count from 1, flippers from 1, ports from 0.
+bool SlitKnown(int slit);
+bool FlipperKnown(int flipper);
+bool PortKnown(int port);
+
+}  // namespace corvane
+
+/// The first number is position 0. Each throws TCorvaneException for a number that is not known.
 ISpectrographSlit::TSlitPosition SDKSlitIndexToSlitPosition(int slit);
-/// 1, 2 to positions 0, 1.
 ISpectrographFlipper::TFlipperPosition SDKFlipperIndexToFlipperPosition(int flipper);
-/// 0, 1 to positions 0, 1.
 ISpectrographFlipper::TPortPosition SDKPortIndexToPortPosition(int port);

@@ -18,7 +18,8 @@ struct StatusText {
   std::string_view text;
 };
 
-// Deliberately incomplete: 20269, 20270 and 20292 have no text of their own.
+// Deliberately incomplete: CORVANE_P4_INVALID, CORVANE_P5_INVALID and CORVANE_NO_LEGACY_DRIVER have no text of their
+// own.
 constexpr StatusText kStatusTexts[] = {
     {CORVANE_COMMUNICATION_ERROR, "COMMUNICATION ERROR"}, {CORVANE_SUCCESS, "SUCCESS"},
     {CORVANE_P1_INVALID, "PARAMETER 1 INVALID"},          {CORVANE_P2_INVALID, "PARAMETER 2 INVALID"},

@@ -13,25 +13,18 @@
 
 using corvane::ApiCall;
 using corvane::Argument;
-using corvane::Fitted;
+using corvane::RequireNotNull;
 
 namespace {
 
 constexpr int kEntranceSlit = 1;
 constexpr int kOutputSlit = 3;
-constexpr float kMinWidth = 10.0F;
-constexpr float kMaxWidth = 2500.0F;
-constexpr float kMaxWidthOfWideSlit = 24000.0F;
 constexpr const char* kWideSlitMode = "SLIT-I24";
 constexpr const char* kUnknownMode = "SLIT";
 
-bool SlitNumberKnown(int slit) {
-  return slit >= 1 && slit <= ISpectrographSlit::kPositions;
-}
-
 ApiCall AutoSlitCall(int device, int slit) {
   ApiCall call(device);
-  call.Require(SlitNumberKnown(slit), Argument::kSecond);
+  call.Require(corvane::SlitKnown(slit), Argument::kSecond);
   return call;
 }
 
@@ -39,7 +32,7 @@ ApiCall AutoSlitCall(int device, int slit) {
 template <typename Body>
 ApiCall& OnSlit(ApiCall& call, int slit, Body&& body) {
   return call.OnHardware([&](TSpectrographHardware& hardware) {
-    body(Fitted(hardware.GetSlitInterface(SDKSlitIndexToSlitPosition(slit))));
+    body(RequireNotNull(hardware.GetSlitInterface(SDKSlitIndexToSlitPosition(slit))));
   });
 }
 
@@ -54,11 +47,11 @@ std::string ModeOf(ISpectrographSlit& slit) {
 }
 
 unsigned int SetWidth(ApiCall call, int slit, float width, Argument widthArgument) {
-  call.Require(width >= kMinWidth && width <= kMaxWidthOfWideSlit, widthArgument);
+  call.Require(width >= CORVANE_MIN_SLIT_WIDTH && width <= CORVANE_MAX_WIDE_SLIT_WIDTH, widthArgument);
   std::string mode;
   OnSlit(call, slit, [&](ISpectrographSlit& component) { mode = ModeOf(component); });
   // Only one type of slit opens beyond the common range.
-  call.Require(width <= kMaxWidth || stricmp(mode.c_str(), kWideSlitMode) == 0, widthArgument);
+  call.Require(width <= CORVANE_MAX_SLIT_WIDTH || stricmp(mode.c_str(), kWideSlitMode) == 0, widthArgument);
   return OnSlit(call, slit, [&](ISpectrographSlit& component) { component.SetSlit(width); }).Status();
 }
 

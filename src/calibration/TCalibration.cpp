@@ -25,7 +25,7 @@ void TCalibration::SetNumberPixels(int count) {
 
 unsigned int TCalibration::GetPixelWidth(float& width) {
   if (mAskDetectorForPixelWidth) {
-    return mDetector->GetPixelWidth(width) == 0 ? kSuccess : kNoPixelWidth;
+    return mDetector->GetPixelWidth(width) == TDetectorInterface::kSuccess ? kSuccess : kNoPixelWidth;
   }
   width = mPixelWidth;
   return kSuccess;
@@ -33,7 +33,7 @@ unsigned int TCalibration::GetPixelWidth(float& width) {
 
 unsigned int TCalibration::GetNumberPixels(int& count) {
   if (mAskDetectorForNumberPixels) {
-    return mDetector->GetNumberOfPixels(count) == 0 ? kSuccess : kNoNumberPixels;
+    return mDetector->GetNumberOfPixels(count) == TDetectorInterface::kSuccess ? kSuccess : kNoNumberPixels;
   }
   count = mNumberPixels;
   return kSuccess;

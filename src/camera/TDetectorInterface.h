@@ -3,10 +3,13 @@
 
 class TDetectorInterface {
  public:
-  /// Width and height of a pixel in micrometres; number of pixels along x. 0 is success; on failure the output keeps
+  static constexpr unsigned int kSuccess = 0;
+  static constexpr unsigned int kNotKnown = 1;
+
+  /// Width and height of a pixel in micrometres; number of pixels along x. On anything but kSuccess the output keeps
   /// its value.
-  virtual unsigned int GetPixelWidth(float& /*width*/) { return 1; }
-  virtual unsigned int GetPixelHeight(float& /*height*/) { return 1; }
-  virtual unsigned int GetNumberOfPixels(int& /*count*/) { return 1; }
+  virtual unsigned int GetPixelWidth(float& /*width*/) { return kNotKnown; }
+  virtual unsigned int GetPixelHeight(float& /*height*/) { return kNotKnown; }
+  virtual unsigned int GetNumberOfPixels(int& /*count*/) { return kNotKnown; }
   virtual ~TDetectorInterface() = default;
 };

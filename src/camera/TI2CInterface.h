@@ -4,7 +4,7 @@
 class TI2CInterface {
  public:
   virtual ~TI2CInterface() = default;
-  /// Each returns 0 for success, or the camera SDK's own 20002 where an adapter passes that through; anything else is
+  /// Each returns 0 for success, or corvane::kTivanSuccess where an adapter passes that through; anything else is
   /// failure. address is the device address (0x58: a motion controller).
   virtual unsigned int Write(unsigned char address, unsigned char reg, unsigned char data) = 0;
   virtual unsigned int Read(unsigned char address, unsigned char reg, unsigned char* data) = 0;

@@ -2,12 +2,6 @@
 
 #include "camera/TivanSdk.h"
 
-namespace {
-
-constexpr unsigned int kSuccess = 0;
-
-}  // namespace
-
 TSDKDetectorInterface::TSDKDetectorInterface(TGetDetector getDetector, TGetPixelSize getPixelSize)
     : mGetDetector(getDetector), mGetPixelSize(getPixelSize) {
 }

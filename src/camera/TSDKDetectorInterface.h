@@ -3,7 +3,7 @@
 
 #include "camera/TDetectorInterface.h"
 
-/// Operations answer 0 for success, or kFailure with the output left alone.
+/// Operations answer kSuccess, or kFailure with the output left alone.
 class TSDKDetectorInterface final : public TDetectorInterface {
  public:
   static constexpr unsigned int kFailure = 2;

@@ -4,7 +4,7 @@
 
 #include "camera/TI2CInterface.h"
 
-/// Operations answer 0 for success, kBusFailure where the SDK reports that the bus did not answer, else kOtherFailure.
+/// Operations answer kSuccess, kBusFailure where the SDK reports that the bus did not answer, else kOtherFailure.
 class TSDKI2CInterface final : public TI2CInterface {
  public:
   static constexpr unsigned int kSuccess = 0;

@@ -16,7 +16,7 @@
 
 namespace corvane {
 
-/// Throws a code other than 0. The code goes along unchanged: 0xFFFFFFFF from a setter arrives as -1.
+/// Throws a code other than kSuccess. The code goes along unchanged: 0xFFFFFFFF from a setter arrives as -1.
 inline void ThrowOnFailure(MerakResult code) {
   if (code != merak::kSuccess) {
     throw TCorvaneException(static_cast<std::int32_t>(code));
@@ -24,7 +24,7 @@ inline void ThrowOnFailure(MerakResult code) {
 }
 
 /// Has `query` fill in a number that something is moved by. The controller's queries leave their output alone when the
-/// reply holds no number; that is a failure here (4), for no motor goes by a number that nobody gave.
+/// reply holds no number; that is a failure here (kIoError), for no motor goes by a number that nobody gave.
 template <typename Query>
 MerakResult RequireNumber(int& number, Query query) {
   constexpr int kNone = std::numeric_limits<int>::min();
@@ -40,8 +40,8 @@ MerakResult RequireNumber(int& number, Query query) {
   return merak::kSuccess;
 }
 
-/// Calls `operation`, which answers a controller code, with acquisition paused. Throws the code, if not 0, after the
-/// acquisition was resumed.
+/// Calls `operation`, which answers a controller code, with acquisition paused. Throws a failure after the acquisition
+/// was resumed.
 template <typename Operation>
 void RunPaused(TCVNAcquisitionAborter& aborter, Operation operation) {
   MerakResult code = merak::kSuccess;
@@ -61,7 +61,7 @@ void RunBusy(TCVNAcquisitionAborter& aborter, TBusyDeviceServer& component, Oper
   });
 }
 
-/// Asks the controller for a number with acquisition paused; throws the query's code, or 4 when it gave none.
+/// Asks the controller for a number with acquisition paused; throws the query's code, or kIoError when it gave none.
 template <typename Query>
 int ReadNumber(TCVNAcquisitionAborter& aborter, Query query) {
   int number = 0;
@@ -69,8 +69,8 @@ int ReadNumber(TCVNAcquisitionAborter& aborter, Query query) {
   return number;
 }
 
-/// Runs `read`, which takes values from the EEPROM record, with acquisition paused. Throws 3 while there is no record
-/// (the controller is not open), whose getters would answer 0 and "".
+/// Runs `read`, which takes values from the EEPROM record, with acquisition paused. Throws kDeviceNotOpen while
+/// there is no record, whose getters would answer 0 and "".
 template <typename Read>
 void ReadRecord(TCVNAcquisitionAborter& aborter, const TMerakOrbis& controller, Read read) {
   RunPaused(aborter, [&] {
@@ -95,14 +95,23 @@ void ReadGratings(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, Read
   });
 }
 
-/// True when the controller's peripheral list covers the tag of a part; false when it cannot be had.
-inline bool HasPeripheral(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, std::string_view tag) {
+/// True when the controller's peripheral list covers the tag of a part. False, and nothing thrown, when the list cannot
+/// be had.
+inline bool ListCoversTag(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, std::string_view tag) {
   const TAcquisitionPause pause(aborter);
   return controller.CountPeripherals({tag}) != 0;
 }
 
-/// True when a listed name contains this text; false when the list cannot be had.
-inline bool ListsPeripheral(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, std::string_view text) {
+/// Asks the controller whether a listed name contains this text, with acquisition paused; throws what keeps the list
+/// from being had.
+inline bool ReadListContainsText(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, std::string_view text) {
+  bool listed = false;
+  RunPaused(aborter, [&] { return controller.ListsPeripheral(text, listed); });
+  return listed;
+}
+
+/// The same; false, and nothing thrown, when the list cannot be had.
+inline bool ListContainsText(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, std::string_view text) {
   const TAcquisitionPause pause(aborter);
   bool listed = false;
   return controller.ListsPeripheral(text, listed) == merak::kSuccess && listed;
@@ -111,14 +120,14 @@ inline bool ListsPeripheral(TCVNAcquisitionAborter& aborter, TMerakOrbis& contro
 /// Throws what an operation on a part that is not fitted is answered with.
 inline void RequirePresent(TDeviceServer& component) {
   if (!component.IsPresent()) {
-    throw TCorvaneException(1);
+    throw TCorvaneException(TCorvaneException::kFailure);
   }
 }
 
 /// Throws what a caller's index outside a table of `size` entries is answered with.
 inline void RequireIndex(int index, int size) {
   if (index < 0 || index >= size) {
-    throw TCorvaneException(1);
+    throw TCorvaneException(TCorvaneException::kFailure);
   }
 }
 

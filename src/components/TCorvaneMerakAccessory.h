@@ -1,7 +1,7 @@
 // The accessory lines of a controller instrument: output bits in the upper four bits of the controller's port state,
 // input bits in the lower four.
 //
-// Failures throw TCorvaneException with the controller's code, 4 for a reply without a number.
+// Failures throw TCorvaneException with the controller's code, merak::kIoError for a reply without a number.
 #pragma once
 
 #include "core/ISpectrographAccessory.h"

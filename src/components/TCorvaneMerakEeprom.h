@@ -1,5 +1,6 @@
 // Read access to the optical constants and gratings (0-based, active turret) of a controller instrument's EEPROM
-// record. Failures throw TCorvaneException: 3 while the controller is not open, 1 for a grating index outside 0 to 15.
+// record. Failures throw TCorvaneException: merak::kDeviceNotOpen while the controller is not open, kFailure for a
+// grating index outside 0 to 15.
 #pragma once
 
 #include <array>

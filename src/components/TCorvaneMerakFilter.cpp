@@ -7,7 +7,7 @@
 #include "controller/TMerakOrbis.h"
 
 bool TCorvaneMerakFilter::IsPresent() {
-  return corvane::ListsPeripheral(mAborter, mController, "FIL");
+  return corvane::ListContainsText(mAborter, mController, "FIL");
 }
 
 void TCorvaneMerakFilter::SetFilter(int filter) {

@@ -2,7 +2,8 @@
 // not fitted is deliberately not an error: there is nothing to turn. The labels belong to the EEPROM record and can be
 // had without a wheel.
 //
-// Failures throw TCorvaneException with the controller's code: 3 without a record, 4 for a reply without a number.
+// Failures throw TCorvaneException with the controller's code: merak::kDeviceNotOpen without a record, merak::kIoError
+// for a reply without a number.
 #pragma once
 
 #include "core/ISpectrographFilter.h"
@@ -26,8 +27,8 @@ class TCorvaneMerakFilter final : public ISpectrographFilter {
   /// The whole label, at most 239 characters and a terminator; maxLength is deliberately not consulted, so the buffer
   /// holds 240 bytes. "" for a filter that the record does not know.
   void GetFilterInfo(int filter, char* text, int maxLength) override;
-  /// Kept in the record, which reaches the instrument when it is closed; the clients are told in any case. -1 for a
-  /// filter that the record does not know.
+  /// Kept in the record, which reaches the instrument when it is closed; the clients are told in any case.
+  /// TTivanMerakEeprom::kOutOfRange for a filter that the record does not know.
   void SetFilterInfo(int filter, const char* text) override;
 
  private:

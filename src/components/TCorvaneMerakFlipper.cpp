@@ -6,8 +6,8 @@
 
 bool TCorvaneMerakFlipper::IsPresent() {
   // The direct and the side port.
-  return corvane::HasPeripheral(mAborter, mController, mExit ? "EPD" : "IPD") &&
-         corvane::HasPeripheral(mAborter, mController, mExit ? "EPS" : "IPS");
+  return corvane::ListCoversTag(mAborter, mController, mExit ? "EPD" : "IPD") &&
+         corvane::ListCoversTag(mAborter, mController, mExit ? "EPS" : "IPS");
 }
 
 int TCorvaneMerakFlipper::GetPort() {
@@ -41,7 +41,7 @@ void TCorvaneMerakFlipper::Reset() {
 bool TCorvaneMerakFlipper::GetCCDLimits(TPortPosition port, float& low, float& high) {
   corvane::RequirePresent(*this);
   if (!mExit) {
-    throw TCorvaneException(-1);
+    throw TCorvaneException(kNoDetectorThere);
   }
   const bool direct = port == kPortPosition0;
   low = direct ? 180.0F : 0.0F;

@@ -1,8 +1,8 @@
 // The flipper mirror at the entrance or the exit of a controller instrument. It keeps the device's step turret informed
 // of the port chosen, since the detector offset depends on it.
 //
-// Failures throw TCorvaneException: 1 where the mirror is not fitted (two questions to the controller, the second only
-// when the first said yes), else the controller's code, 4 for a reply without a number.
+// Failures throw TCorvaneException: kFailure where the mirror is not fitted (two questions to the controller, the
+// second only when the first said yes), else the controller's code, merak::kIoError for a reply without a number.
 #pragma once
 
 #include "core/ISpectrographFlipper.h"
@@ -13,6 +13,9 @@ class TMerakOrbis;
 
 class TCorvaneMerakFlipper final : public ISpectrographFlipper {
  public:
+  /// Thrown where a detector is asked about and there is no place for one.
+  static constexpr int kNoDetectorThere = -1;
+
   /// Controller and turret are borrowed and outlive the component. Position 1 is the exit, any other the entrance.
   TCorvaneMerakFlipper(TMerakOrbis& controller, TCorvaneMerakStepTurret& stepTurret, TFlipperPosition position)
       : mController(controller), mStepTurret(stepTurret), mExit(position == kFlipperPosition1) {}
@@ -27,7 +30,7 @@ class TCorvaneMerakFlipper final : public ISpectrographFlipper {
   /// Port 1.
   void Reset() override;
   /// Fixed ranges, deliberately not the instrument's: 180 to 1000 nm and true for port 0, else 0 to 2000 nm and false.
-  /// Throws -1 for the entrance mirror, behind which there is no detector.
+  /// Throws kNoDetectorThere for the entrance mirror.
   bool GetCCDLimits(TPortPosition port, float& low, float& high) override;
 
  private:

@@ -11,37 +11,35 @@ constexpr const char* kName = "FOC";
 }  // namespace
 
 bool TCorvaneMerakFocusMirror::IsPresent() {
-  return corvane::ListsPeripheral(mAborter, mController, kName);
+  return corvane::ListContainsText(mAborter, mController, kName);
 }
 
-bool TCorvaneMerakFocusMirror::Fitted() {
-  bool listed = false;
-  corvane::RunPaused(mAborter, [&] { return mController.ListsPeripheral(kName, listed); });
-  return listed;
+bool TCorvaneMerakFocusMirror::ReadPresence() {
+  return corvane::ReadListContainsText(mAborter, mController, kName);
 }
 
 void TCorvaneMerakFocusMirror::SetMirrorFocus(int steps) {
-  if (Fitted()) {
+  if (ReadPresence()) {
     corvane::RunBusy(mAborter, *this, [&] { return mController.SetMirrorFocus(steps); });
   }
 }
 
 int TCorvaneMerakFocusMirror::GetMirrorFocus() {
-  if (!Fitted()) {
+  if (!ReadPresence()) {
     return 0;
   }
   return corvane::ReadNumber(mAborter, [this](int& given) { return mController.GetMirrorFocus(given); });
 }
 
 int TCorvaneMerakFocusMirror::GetFocusMirrorMaxSteps() {
-  if (!Fitted()) {
+  if (!ReadPresence()) {
     return 0;
   }
   return corvane::ReadNumber(mAborter, [this](int& given) { return mController.GetFocusMirrorMaxSteps(given); });
 }
 
 void TCorvaneMerakFocusMirror::Reset() {
-  if (Fitted()) {
+  if (ReadPresence()) {
     corvane::RunBusy(mAborter, *this, [&] { return mController.FocusMirrorHome(); });
   }
 }

@@ -1,8 +1,9 @@
 // The motorised focus mirror of a controller instrument; positions in motor steps of its axis. Without one, moves do
 // nothing and positions are 0, deliberately without an error.
 //
-// Failures throw TCorvaneException with the controller's code, 4 for a reply without a number. That the peripheral list
-// cannot be had is one: it leaves open whether there is a mirror, and a position of 0 would let moves run past the end.
+// Failures throw TCorvaneException with the controller's code, merak::kIoError for a reply without a number. That
+// the peripheral list cannot be had is one: it leaves open whether there is a mirror, and a position of 0 would let
+// moves run past the end.
 #pragma once
 
 #include "core/ISpectrographFocusMirror.h"
@@ -30,7 +31,8 @@ class TCorvaneMerakFocusMirror final : public ISpectrographFocusMirror {
   bool FocusMirrorCancelAutoFocus() override;
 
  private:
-  bool Fitted();
+  /// As IsPresent, but throws when the list cannot be had.
+  bool ReadPresence();
   static bool FnAutoFocus();
   static bool FnCancelAutoFocus();
 

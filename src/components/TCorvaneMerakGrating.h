@@ -1,8 +1,9 @@
 // The gratings of a controller instrument. It moves nothing itself: every call goes to the controller's own grating
 // selection or to the device's step turret, as the EEPROM's wave-to-steps flag says at that moment.
 //
-// Failures throw TCorvaneException with the controller's code, 3 while the controller is not open. Gratings, ports and
-// turrets count from 0; what an index without a place does stands at each operation.
+// Failures throw TCorvaneException with the controller's code, merak::kDeviceNotOpen while the controller is not open;
+// what an index without a place does stands at each operation (kFailure: TCorvaneException's). Gratings, ports and
+// turrets count from 0.
 #pragma once
 
 #include <array>
@@ -21,8 +22,8 @@ class TCorvaneMerakGrating final : public ISpectrographGrating {
   /// The device is borrowed and outlives the component.
   explicit TCorvaneMerakGrating(TMerakSpectrographDevice& device);
 
-  /// Keeps the wavelength. A grating that does not exist: what the controller answers, or 1 outside 0 to 2 where the
-  /// library computes the steps.
+  /// Keeps the wavelength. A grating that does not exist: what the controller answers, or kFailure outside 0 to 2
+  /// where the library computes the steps.
   void SetGrating(int grating) override;
   /// -1 when the controller's reply holds no number.
   int GetGrating() override;
@@ -30,23 +31,24 @@ class TCorvaneMerakGrating final : public ISpectrographGrating {
   void Reset() override;
   void UnsafeReset() override;
   int GetNumberGratings() override;
-  /// lines: per mm; home, offset: motor steps. The blaze text lasts until the next call for this grating. 1 outside 0
-  /// to 3; a grating in that range that the record has no room for answers zeros and "".
+  /// lines: per mm; home, offset: motor steps. The blaze text lasts until the next call for this grating. kFailure
+  /// outside 0 to 3; a grating in that range that the record has no room for answers zeros and "".
   void GetGratingInfo(int grating, float& lines, const char*& blaze, float& home, float& offset) override;
-  /// Ports other than 0 and 1: nothing is stored and nobody is told, except where the library computes the steps (6).
+  /// Ports other than 0 and 1: nothing is stored and nobody is told, except where the library computes the steps
+  /// (merak::kInvalidParameter).
   void SetDetectorOffset(int entrance, int exit, int offset) override;
   /// 0 for ports that the record does not know.
   int GetDetectorOffset(int entrance, int exit) override;
   /// For the ports that the controller reports; a report that cannot be had throws.
   void SetDetectorOffset(int offset) override;
   int GetDetectorOffset() override;
-  /// 1 outside 0 to 3 and for a grating that the record has no room for.
+  /// kFailure outside 0 to 3 and for a grating that the record has no room for.
   void SetGratingOffset(int grating, int offset) override;
-  /// 1 outside 0 to 3; 0 for a grating in that range that the record has no room for.
+  /// kFailure outside 0 to 3; 0 for a grating in that range that the record has no room for.
   int GetGratingOffset(int grating) override;
   void GratingOffsetAutoAdjust() override;
   void GratingOffsetCancelAutoAdjust() override;
-  /// Stored in the EEPROM at once; -1 is thrown for a turret outside 0 to 2.
+  /// Stored in the EEPROM at once. TTivanMerakEeprom::kOutOfRange outside 0 to 2.
   void SetTurret(int turret) override;
   int GetTurret() override;
 

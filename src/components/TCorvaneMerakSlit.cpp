@@ -20,7 +20,7 @@ constexpr std::array<SlitName, ISpectrographSlit::kPositions> kSlits{{{1, "SI1"}
 const SlitName& SlitAt(ISpectrographSlit::TSlitPosition position) {
   const auto index = static_cast<std::size_t>(position);
   if (index >= kSlits.size()) {
-    throw TCorvaneException(0);
+    throw TCorvaneException(TCorvaneMerakSlit::kUnknownPosition);
   }
   return kSlits[index];
 }
@@ -32,7 +32,7 @@ TCorvaneMerakSlit::TCorvaneMerakSlit(TMerakOrbis& controller, TSlitPosition posi
 }
 
 bool TCorvaneMerakSlit::IsPresent() {
-  return corvane::HasPeripheral(mAborter, mController, mTag);
+  return corvane::ListCoversTag(mAborter, mController, mTag);
 }
 
 void TCorvaneMerakSlit::SetSlit(float width) {

@@ -1,7 +1,8 @@
 // One motorised slit of a controller instrument. The controller turns widths into motor steps. Nothing asks whether the
 // slit is fitted before it is told to do something: the controller knows, and its refusal is thrown.
 //
-// Failures throw TCorvaneException with the controller's code, 4 for a reply without the number asked for.
+// Failures throw TCorvaneException with the controller's code: merak::kIoError for a reply without the number asked
+// for, merak::kNotSupported for slit modes on firmware below 2.7, which has none.
 #pragma once
 
 #include <string>
@@ -14,7 +15,10 @@ class TMerakOrbis;
 
 class TCorvaneMerakSlit final : public ISpectrographSlit {
  public:
-  /// The controller is borrowed and outlives the component. Throws TCorvaneException(0) for an unknown position.
+  /// Thrown for a position that is none; the one failure that carries the code of success.
+  static constexpr int kUnknownPosition = 0;
+
+  /// The controller is borrowed and outlives the component. Throws kUnknownPosition.
   TCorvaneMerakSlit(TMerakOrbis& controller, TSlitPosition position);
 
   /// The controller's peripheral list covers this slit; false when it cannot be had.
@@ -23,15 +27,15 @@ class TCorvaneMerakSlit final : public ISpectrographSlit {
   void SetSlit(float width) override;
   /// "SLIT_WIDTH?", micrometres.
   float GetSlit() override;
-  /// "SLIT_MODE"; 9 on firmware below 2.7, which has no slit modes.
+  /// "SLIT_MODE".
   void SetSlitMode(const char* mode) override;
-  /// "SLIT_MODE?"; 9 on firmware below 2.7. At most 35 characters; a reply without a mode gives the one read before.
+  /// "SLIT_MODE?". At most 35 characters; a reply without a mode gives the one read before.
   const char* GetSlitMode() override;
   /// "SLITHOME". Busy meanwhile.
   void Reset() override;
   void UnsafeReset() override;
   /// The controller does not tell motor positions of slits.
-  int GetSlitStep() override { return -999999; }
+  int GetSlitStep() override { return corvane::kNoStepPosition; }
 
  private:
   TMerakOrbis& mController;

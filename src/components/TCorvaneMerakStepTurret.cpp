@@ -5,15 +5,14 @@
 #include <limits>
 
 #include "components/MerakOperation.h"
+#include "components/optics/ReferenceLines.h"
 #include "components/optics/TStepperWaveToSteps.h"
 #include "controller/TMerakOrbis.h"
+#include "core/ISpectrographFlipper.h"
 #include "eeprom/StructureVersion.h"
 #include "eeprom/TTivanMerakEeprom.h"
 
 namespace {
-
-/// x of TStepperWaveToSteps counts as if every grating had this many lines per mm.
-constexpr float kReferenceLines = 1200.0F;
 
 /// A position beyond int cannot be one; the controller refuses it as well when it arrives as the nearest bound.
 int Saturate(std::int64_t steps) {
@@ -22,7 +21,7 @@ int Saturate(std::int64_t steps) {
 }
 
 MerakResult StorePort(int& held, int port) {
-  if (port != 0 && port != 1) {
+  if (port < 0 || port >= ISpectrographFlipper::kPorts) {
     return merak::kInvalidParameter;
   }
   held = port;
@@ -100,7 +99,7 @@ MerakResult TCorvaneMerakStepTurret::MoveTo(int grating, float nm, std::int64_t 
                                       mController.GetSinFrequency(), static_cast<unsigned long>(total));
   const auto offset = static_cast<int>(ZeroPosition(grating - 1));
   const int version = corvane::StructureVersion::Parse(mController.GetStructureVersion()).majorNumber;
-  const float x = nm / kReferenceLines * mController.GetActiveTurretGratingLines(grating - 1);
+  const float x = nm / corvane::kReferenceLines * mController.GetActiveTurretGratingLines(grating - 1);
   const auto steps = static_cast<int>(converter.ToSteps(x, offset, version));
   const MerakResult result = mController.StepAbs(Saturate(tivanStepsToMerakSteps(steps, total)));
   if (result == merak::kSuccess) {

@@ -23,22 +23,22 @@ class TCorvaneMerakStepTurret final : public TMCorvaneWaveStrategy, public TMCor
   /// The EEPROM's current wavelength; nothing is asked.
   MerakResult GetWavelength(float& nm) override;
 
-  /// Moves a grating (1 to 3, else 1) to the current wavelength or to its zero order.
+  /// Moves a grating to the current wavelength or to its zero order. kUnknownError for a grating other than 1 to 3.
   MerakResult SetGrating(int grating, eWavelengthOption option) override;
   /// The last grating (1 to 3) whose zero position lies at or below the turret's position; 3 when none does.
   MerakResult GetGrating(int& grating) override;
-  /// When the grating is the current one the turret follows the change. 3 while there is no record.
+  /// When the grating is the current one the turret follows the change. kDeviceNotOpen while there is no record.
   MerakResult SetGratingOffset(int grating, int offset) override;
   MerakResult GetGratingOffset(int grating, int& offset) override;
   MerakResult GratingOffsetAutoAdjust() override { return merak::kSuccess; }
   MerakResult GratingOffsetCancelAutoAdjust() override { return merak::kSuccess; }
-  /// When the ports are the current ones the turret follows the change. 6 for ports other than 0 and 1, 3 while
-  /// there is no record.
+  /// When the ports are the current ones the turret follows the change. kInvalidParameter for ports other than
+  /// 0 and 1, kDeviceNotOpen while there is no record.
   MerakResult SetDetectorOffset(int entrance, int exit, int offset) override;
   MerakResult GetDetectorOffset(int entrance, int exit, int& offset) override;
 
-  /// The ports whose detector offset counts, until they are next asked for. 6 for a port other than 0 and 1, which
-  /// changes nothing.
+  /// The ports whose detector offset counts, until they are next asked for. kInvalidParameter for a port other
+  /// than 0 and 1, which changes nothing.
   MerakResult SetCurrentExitPort(int port);
   MerakResult SetCurrentEntrancePort(int port);
 
@@ -47,7 +47,7 @@ class TCorvaneMerakStepTurret final : public TMCorvaneWaveStrategy, public TMCor
 
   /// Steps per revolution; 0 when the controller does not tell.
   std::int64_t TotalSteps();
-  /// Controller steps. 4 when the reply holds no number.
+  /// Controller steps. kIoError when the reply holds no number.
   MerakResult ReadPosition(int& step);
   void RefreshPorts();
   /// Zero position of a 0-based grating, in library steps.

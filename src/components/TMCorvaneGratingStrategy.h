@@ -1,6 +1,6 @@
 // How gratings are selected and offsets kept: by the controller's firmware (TMCorvaneGratingStrategyBuiltIn) or by
 // steps computed here (TCorvaneMerakStepTurret). TCorvaneMerakGrating chooses one for every call. Gratings count from
-// 1, ports from 0; results are controller codes.
+// 1, ports from 0; results are controller codes (core/MerakResult.h).
 #pragma once
 
 #include "core/MerakResult.h"
@@ -17,7 +17,8 @@ class TMCorvaneGratingStrategy {
   virtual ~TMCorvaneGratingStrategy() = default;
   virtual MerakResult SetGrating(int grating, eWavelengthOption option) = 0;
   virtual MerakResult GetGrating(int& grating) = 0;
-  /// Motor steps, for a grating of the active turret. 1 for a grating that the EEPROM record has no room for.
+  /// Motor steps, for a grating of the active turret. kUnknownError for a grating that the EEPROM record has
+  /// no room for.
   virtual MerakResult SetGratingOffset(int grating, int offset) = 0;
   virtual MerakResult GetGratingOffset(int grating, int& offset) = 0;
   /// Nothing is adjusted on this path; both succeed.

@@ -13,12 +13,13 @@ class TMCorvaneGratingStrategyBuiltIn final : public TMCorvaneGratingStrategy {
 
   MerakResult SetGrating(int grating, eWavelengthOption option) override;
   MerakResult GetGrating(int& grating) override;
-  /// 0 whatever became of the approach and of passing the offset on; 3 while there is no record.
+  /// kSuccess whatever became of the approach and of passing the offset on; kDeviceNotOpen while there is no record.
   MerakResult SetGratingOffset(int grating, int offset) override;
   MerakResult GetGratingOffset(int grating, int& offset) override;
   MerakResult GratingOffsetAutoAdjust() override { return merak::kSuccess; }
   MerakResult GratingOffsetCancelAutoAdjust() override { return merak::kSuccess; }
-  /// 0 whatever became of the approach, also for ports that the record does not know; 3 while there is no record.
+  /// kSuccess whatever became of the approach, also for ports that the record does not know; kDeviceNotOpen while there
+  /// is no record.
   MerakResult SetDetectorOffset(int entrance, int exit, int offset) override;
   MerakResult GetDetectorOffset(int entrance, int exit, int& offset) override;
 

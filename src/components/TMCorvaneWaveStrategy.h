@@ -1,5 +1,6 @@
 // How the centre wavelength is set: by the controller's firmware (TMCorvaneWaveStrategyBuiltIn) or by steps computed
-// here (TCorvaneMerakStepTurret). TMerakWavelength chooses one for every call. Results are controller codes.
+// here (TCorvaneMerakStepTurret). TMerakWavelength chooses one for every call. Results are controller codes
+// (core/MerakResult.h).
 #pragma once
 
 #include "core/MerakResult.h"

@@ -5,7 +5,7 @@
 namespace {
 
 [[noreturn]] void Refuse() {
-  throw TCorvaneException(1);
+  throw TCorvaneException(TCorvaneException::kFailure);
 }
 
 }  // namespace

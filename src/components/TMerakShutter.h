@@ -1,5 +1,5 @@
 // The shutter of a controller instrument: deliberately none, although the controller knows a "SHUTTER_MODE". It is
-// never present, and every operation throws TCorvaneException(1).
+// never present, and every operation throws TCorvaneException::kFailure.
 #pragma once
 
 #include "core/ISpectrographShutter.h"

@@ -29,10 +29,10 @@ class TMerakWavelength final : public ISpectrographWavelength, public TDeviceCli
   void GetDispersionFor(float centre, float& low, float& high, int detector) override;
   /// The same span, cut in steps of 512 pixels, so coarse that most windows answer the whole of it.
   void GetDispersionAt(float centre, float& low, float& high, int detector, int first, int last) override;
-  /// 0 to the grating's greatest wavelength. A grating outside the EEPROM's tables throws 1.
+  /// 0 to the grating's greatest wavelength. A grating outside the EEPROM's tables throws kFailure.
   void GetWavelengthLimits(int grating, float& min, float& max) override;
   /// Steps are not to be had on this path.
-  int GetCurrentWaveStepPosition() override { return kNoStepPosition; }
+  int GetCurrentWaveStepPosition() override { return corvane::kNoStepPosition; }
 
   /// The grating changed: tells the clients of the wavelength.
   void ServerChanged(TDeviceServer* server);

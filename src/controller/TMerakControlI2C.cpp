@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "camera/TI2CInterface.h"
+#include "camera/TivanSdk.h"
 #include "usbserial/ftd2xx.h"
 
 namespace {
@@ -13,13 +14,12 @@ constexpr unsigned char kControllerAddress = 0x58;
 /// First byte of a burst: the bytes behind it are the controller's output.
 constexpr unsigned char kDataFollows = 0xB1;
 constexpr unsigned char kCarriageReturn = 0x0D;
-constexpr unsigned int kCameraSdkSuccess = 20002;
 constexpr unsigned int kProbeLength = 15;
 /// A controller that never ends its line must not hold the caller.
 constexpr int kMaxCleared = 65536;
 
 bool Succeeded(unsigned int busStatus) {
-  return busStatus == kCameraSdkSuccess || busStatus == 0;
+  return busStatus == corvane::kTivanSuccess || busStatus == 0;
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ class ISpectrographFlipper : public TBusyDeviceServer {
   /// 0 direct, 1 side.
   enum TPortPosition : int { kPortPosition0 = 0, kPortPosition1 = 1 };
   static constexpr int kPositions = 2;
+  static constexpr int kPorts = 2;
 
   virtual int GetPort() = 0;
   virtual void SetFlipperPort(TPortPosition port) = 0;

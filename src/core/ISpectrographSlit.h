@@ -1,6 +1,7 @@
 // One slit of a spectrograph. Operations that cannot be carried out throw TCorvaneException.
 #pragma once
 
+#include "core/StepPosition.h"
 #include "core/TDeviceServer.h"
 
 class ISpectrographSlit : public TBusyDeviceServer {
@@ -18,6 +19,6 @@ class ISpectrographSlit : public TBusyDeviceServer {
   virtual const char* GetSlitMode() = 0;
   virtual void Reset() = 0;
   virtual void UnsafeReset() = 0;
-  /// Motor position in steps, or -999999 where none is available.
+  /// Motor position in steps, or corvane::kNoStepPosition.
   virtual int GetSlitStep() = 0;
 };

@@ -1,13 +1,11 @@
 // Wavelength drive of a spectrograph. Operations that cannot be carried out throw TCorvaneException.
 #pragma once
 
+#include "core/StepPosition.h"
 #include "core/TDeviceServer.h"
 
 class ISpectrographWavelength : public TBusyDeviceServer {
  public:
-  /// Answer of GetCurrentWaveStepPosition where no step position is available.
-  static constexpr int kNoStepPosition = -999999;
-
   /// Moves the drive so that this wavelength (nm) falls on the detector's centre. 0 is zero order.
   virtual void SetWavelength(float nm) = 0;
   /// Centre wavelength in nm.
@@ -22,6 +20,6 @@ class ISpectrographWavelength : public TBusyDeviceServer {
   virtual void GetDispersionAt(float centre, float& low, float& high, int detector, int first, int last) = 0;
   /// Range (nm) of a 0-based grating; -1 means the current grating.
   virtual void GetWavelengthLimits(int grating, float& min, float& max) = 0;
-  /// Motor position in steps, or kNoStepPosition.
+  /// Motor position in steps, or corvane::kNoStepPosition.
   virtual int GetCurrentWaveStepPosition() = 0;
 };

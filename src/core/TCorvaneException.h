@@ -8,9 +8,12 @@
 
 class TCorvaneException : public std::exception {
  public:
+  /// The code of a failure that has none of its own.
+  static constexpr std::int32_t kFailure = 1;
+
   explicit TCorvaneException(std::int32_t code) noexcept : mCode(code) {}
 
-  /// 1 almost everywhere; controller components carry the controller's result code.
+  /// kFailure almost everywhere; controller components carry the controller's result code.
   std::int32_t Code() const noexcept { return mCode; }
   const char* what() const noexcept override { return "TCorvaneException"; }
 

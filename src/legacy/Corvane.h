@@ -21,6 +21,7 @@
 #include <string>
 
 #include "camera/TI2CInterface.h"
+#include "core/StepPosition.h"
 #include "legacy/EECorvData.h"
 #include "legacy/LegacyResult.h"
 
@@ -47,7 +48,7 @@ class Corvane {
   };
 
   /// No step position is known: the wave drive is homed before it moves.
-  static constexpr int kNoStepPosition = -999999;
+  static constexpr int kNoStepPosition = corvane::kNoStepPosition;
   /// Stands for the grating in use where limits are asked for.
   static constexpr int kActiveGrating = -1;
   /// Task of Execute that ends a transfer of the record.

@@ -1,6 +1,7 @@
 // Corvane: the wave drive. It turns through EECorvData::kStepsPerTurn steps and always ends its moves forward.
 #include <limits>
 
+#include "components/optics/ReferenceLines.h"
 #include "components/optics/TTivanMath.h"
 #include "components/optics/WavelengthSpan.h"
 #include "legacy/Corvane.h"
@@ -14,8 +15,6 @@ constexpr int kHalfTurn = EECorvData::kStepsPerTurn / 2;
 constexpr int kOvershoot = 2000;
 constexpr std::uint64_t kTurnaroundMilliseconds = 250;
 constexpr std::uint64_t kGratingMilliseconds = 1000;
-/// Lines per mm for which the record's CURRWAVE is the wavelength itself.
-constexpr float kWaveLines = 1200.0F;
 /// Blaze text of a plane mirror in a grating's place.
 constexpr const char* kMirrorBlaze = "MIRR";
 
@@ -136,7 +135,7 @@ bool Corvane::MoveToWavelength(float nm, int grating, unsigned int& result) {
     return false;
   }
   const float reached = mData.GetActualWavelength(nm, grating, port);
-  result = StoreWave(Grating(grating).lines * reached / kWaveLines) == kSuccess ? pulses : kFailure;
+  result = StoreWave(Grating(grating).lines * reached / corvane::kReferenceLines) == kSuccess ? pulses : kFailure;
   return true;
 }
 
@@ -163,7 +162,7 @@ unsigned int Corvane::GetWavelength(float* nm) {
     return kNoData;
   }
   const float lines = Grating(mGrating).lines;
-  *nm = TivanUtility::TTivanMath::IsZero(lines) ? 0.0F : mData.values.currentWave * kWaveLines / lines;
+  *nm = TivanUtility::TTivanMath::IsZero(lines) ? 0.0F : mData.values.currentWave * corvane::kReferenceLines / lines;
   return kSuccess;
 }
 

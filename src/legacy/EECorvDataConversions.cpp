@@ -4,6 +4,7 @@
 #include <numbers>
 #include <optional>
 
+#include "components/optics/ReferenceLines.h"
 #include "legacy/EECorvData.h"
 
 namespace {
@@ -32,7 +33,7 @@ std::optional<int> SlitSteps(const CorvDataValues& values, int slit, float width
   return RoundToSteps(of->c0 + of->c1 * width + of->c2 * width * width);
 }
 
-/// x = wavelength * lines / 1200, which makes one polynomial serve all gratings.
+/// x = wavelength * lines / kReferenceLines, which makes one polynomial serve all gratings.
 long double Polynomial(const CorvDataValues& values, float x) {
   const long double e = x;
   const auto& poly = values.polynomial;
@@ -82,7 +83,6 @@ long double EECorvData::GetSinCorrection(long double steps) const {
 }
 
 int EECorvData::ConvertWaveToSteps(float wavelength, int grating, int detector) const {
-  constexpr float kReferenceLines = 1200.0F;
   constexpr float kZeroOrder = 0.0001F;
   constexpr int kSineSubtracted = 2;
   const auto detectors = static_cast<int>(values.detectorOffset.size());
@@ -90,7 +90,7 @@ int EECorvData::ConvertWaveToSteps(float wavelength, int grating, int detector) 
     return kOutOfReach;
   }
   const CorvDataValues::Grating& of = values.ActiveTurret().gratings[static_cast<std::size_t>(grating - 1)];
-  const float x = wavelength / kReferenceLines * of.lines;
+  const float x = wavelength / corvane::kReferenceLines * of.lines;
   const long double sine = Polynomial(values, x);
   if (sine > 1.0L) {
     return kOutOfReach;

@@ -2,10 +2,11 @@
 #pragma once
 
 #include "camera/TI2CInterface.h"
+#include "camera/TivanSdk.h"
 
 class TMCDI2CInterfaceWrapper final : public TI2CInterface {
  public:
-  static constexpr unsigned int kSuccess = 20002;
+  static constexpr unsigned int kSuccess = corvane::kTivanSuccess;
   static constexpr unsigned int kFailure = 20081;
 
   /// The wrapped bus is borrowed; without one every operation fails.

@@ -13,5 +13,5 @@ void* GlobalAlloc(unsigned int flags, unsigned int size) {
     return nullptr;
   }
   // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory): the caller releases it with free.
-  return (flags & kGlobalZeroInit) != 0 ? std::calloc(1, size) : std::malloc(size);
+  return (flags & corvane::kGlobalZeroInit) != 0 ? std::calloc(1, size) : std::malloc(size);
 }

@@ -74,7 +74,7 @@ unsigned int WaitForSingleObject(TivanEvent* event, unsigned int /*milliseconds*
   if (event->manualReset) {
     SetEvent(event);
   }
-  return kWaitEnded;
+  return corvane::kWaitEnded;
 }
 
 int CloseHandle(TivanEvent* event) {

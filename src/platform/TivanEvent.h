@@ -5,6 +5,13 @@
 #include <pthread.h>
 #include <semaphore.h>
 
+namespace corvane {
+
+/// Answer of a wait that ended.
+inline constexpr unsigned int kWaitEnded = 100;
+
+}  // namespace corvane
+
 /// Made by CreateEvent, released by CloseHandle; to everybody else a handle.
 struct TivanEvent {
   bool manualReset = false;  ///< A wait leaves the event signalled.
@@ -24,9 +31,8 @@ int ResetEvent(TivanEvent* event);
 
 /// Waits until the event is signalled. milliseconds is ignored: the wait ends with a signal only, so no event may be
 /// waited for that could stay unset. An auto-reset event is taken by one waiter, a manual-reset event stays signalled.
-/// kWaitEnded, or 0 at once for null. Any thread.
+/// corvane::kWaitEnded, or 0 at once for null. Any thread.
 unsigned int WaitForSingleObject(TivanEvent* event, unsigned int milliseconds);
-constexpr unsigned int kWaitEnded = 100;
 
 /// Releases the event, for which nobody may wait any more. Always 1, also for null.
 int CloseHandle(TivanEvent* event);

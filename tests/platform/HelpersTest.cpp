@@ -131,7 +131,7 @@ using EventHandle = std::unique_ptr<TivanEvent, decltype(&CloseHandle)>;
 bool WaitBlocks(TivanEvent* event) {
   std::atomic<bool> ended{false};
   std::thread waiter([&] {
-    EXPECT_EQ(kWaitEnded, WaitForSingleObject(event, 0));
+    EXPECT_EQ(corvane::kWaitEnded, WaitForSingleObject(event, 0));
     ended = true;
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -145,7 +145,7 @@ TEST(TivanEvent, AnAutoResetEventSetTwiceReleasesOneWait) {
   const EventHandle event(CreateEvent(nullptr, false, false, "ignored"), &CloseHandle);
   EXPECT_EQ(1, SetEvent(event.get()));
   EXPECT_EQ(1, SetEvent(event.get()));
-  EXPECT_EQ(kWaitEnded, WaitForSingleObject(event.get(), 0));
+  EXPECT_EQ(corvane::kWaitEnded, WaitForSingleObject(event.get(), 0));
   EXPECT_TRUE(WaitBlocks(event.get()));
 }
 

@@ -23,7 +23,7 @@ class FakeWavelength final : public ISpectrographWavelength {
   void GetDispersionFor(float, float&, float&, int) override {}
   void GetDispersionAt(float, float&, float&, int, int, int) override {}
   void GetWavelengthLimits(int, float&, float&) override {}
-  int GetCurrentWaveStepPosition() override { return kNoStepPosition; }
+  int GetCurrentWaveStepPosition() override { return corvane::kNoStepPosition; }
 
   float mNm = 550.0F;
   bool mFails = false;

@@ -15,10 +15,10 @@ class TStepperWaveToSteps {
   TStepperWaveToSteps(const float* coefficients, float amplitude, float phase, float frequency,
                       unsigned long totalSteps);
 
-  /// Motor step for x, which is the wavelength in nm as it would diffract at 1200 lines per mm (nm / 1200 * lines, so
-  /// that one set of coefficients serves all gratings). offset: the grating's zero position. version: major number of
-  /// the EEPROM's structure, which decides how the sine correction goes in. The zero position itself for |x| < 1 and
-  /// for wavelengths out of reach, without a word. Results of 2^63 and above come out as their unsigned image.
+  /// Motor step for x, the wavelength in nm as it would diffract at kReferenceLines (ReferenceLines.h). offset: the
+  /// grating's zero position. version: major number of the EEPROM's structure, which decides how the sine correction
+  /// goes in. The zero position itself for |x| < 1 and for wavelengths out of reach, without a word. Results of 2^63
+  /// and above come out as their unsigned image.
   std::int64_t ToSteps(float x, int offset, int version) const;
 
  private:
