@@ -131,21 +131,25 @@ class ExportedFunctions : public testing::Test {
   std::vector<MockHardware*> mHardware;
 };
 
-TEST_F(ExportedFunctions, FocusTravelIsBoundedAndItsFailingReadReachesTheCaller) {
+TEST_F(ExportedFunctions, FocusTravelIsBounded) {
   const struct {
     int position, maximum, steps;
     unsigned int status;
-  } moves[] = {{300, 1000, -300, CORVANE_SUCCESS},        {300, 1000, 701, CORVANE_P2_INVALID},
+  } moves[] = {{300, 1000, -300, CORVANE_SUCCESS},        {300, 1000, -301, CORVANE_P2_INVALID},
+               {300, 1000, 700, CORVANE_SUCCESS},         {300, 1000, 701, CORVANE_P2_INVALID},
                {300, 1000, INT_MIN, CORVANE_P2_INVALID},  {300, 1000, INT_MAX, CORVANE_P2_INVALID},
                {INT_MIN, INT_MAX, 0, CORVANE_P2_INVALID}, {INT_MAX, INT_MIN, 0, CORVANE_P2_INVALID}};
   MockFocusMirror& focus = Hardware().Focus();
-  EXPECT_CALL(focus, SetMirrorFocus(-300));
   for (const auto& move : moves) {
+    EXPECT_CALL(focus, SetMirrorFocus(move.steps)).Times(move.status == CORVANE_SUCCESS ? 1 : 0);
     ON_CALL(focus, GetMirrorFocus).WillByDefault(Return(move.position));
     ON_CALL(focus, GetFocusMirrorMaxSteps).WillByDefault(Return(move.maximum));
     EXPECT_EQ(CorvaneSetFocusMirror(0, move.steps), move.status) << move.position << " " << move.steps;
   }
-  ON_CALL(focus, GetMirrorFocus).WillByDefault(Return(0));
+}
+
+TEST_F(ExportedFunctions, AFailingReadOfTheFocusTravelReachesTheCaller) {
+  MockFocusMirror& focus = Hardware().Focus();
   ON_CALL(focus, GetFocusMirrorMaxSteps).WillByDefault(Return(1000));
   EXPECT_CALL(focus, SetMirrorFocus(1)).WillOnce(Throw(kFailure));
   EXPECT_EQ(CorvaneSetFocusMirror(0, 1), CORVANE_COMMUNICATION_ERROR) << "the move itself is guarded";
@@ -153,6 +157,24 @@ TEST_F(ExportedFunctions, FocusTravelIsBoundedAndItsFailingReadReachesTheCaller)
   EXPECT_THROW(CorvaneSetFocusMirror(0, 1), TCorvaneException);
   EXPECT_CALL(focus, GetFocusMirrorMaxSteps).WillOnce(Throw(kFailure));
   EXPECT_THROW(CorvaneSetFocusMirror(0, 1), TCorvaneException);
+}
+
+TEST_F(ExportedFunctions, LimitsThemselvesAreAllowed) {
+  for (const int sign : {-1, 1}) {
+    EXPECT_EQ(CorvaneSetGratingOffset(0, 1, sign * 20000), CORVANE_SUCCESS) << sign;
+    EXPECT_EQ(CorvaneSetGratingOffset(0, 1, sign * 20001), CORVANE_P3_INVALID) << sign;
+    EXPECT_EQ(CorvaneSetDetectorOffset(0, sign * 240000), CORVANE_SUCCESS) << sign;
+    EXPECT_EQ(CorvaneSetDetectorOffset(0, sign * 240001), CORVANE_P2_INVALID) << sign;
+    EXPECT_EQ(CorvaneSetDetectorOffsetEx(0, 0, 0, sign * 240001), CORVANE_P4_INVALID) << sign;
+  }
+  for (const int outside : {0, 4}) {
+    EXPECT_EQ(CorvaneSetGrating(0, outside), CORVANE_P2_INVALID) << outside;
+    EXPECT_EQ(CorvaneSetTurret(0, outside), CORVANE_P2_INVALID) << outside;
+  }
+  for (const int last : {1, 3}) {
+    EXPECT_EQ(CorvaneSetGrating(0, last), CORVANE_SUCCESS) << last;
+    EXPECT_EQ(CorvaneSetTurret(0, last), CORVANE_SUCCESS) << last;
+  }
 }
 
 TEST_F(ExportedFunctions, GratingInfoIsCutAndBounded) {
@@ -180,25 +202,28 @@ TEST_F(ExportedFunctions, GratingInfoIsCutAndBounded) {
   }
 }
 
-TEST_F(ExportedFunctions, GratingCallsThatAnswerOtherThanTheirComponent) {
+TEST_F(ExportedFunctions, TheUnsafeResetIsTheOrdinaryOne) {
+  EXPECT_CALL(Hardware().Grating(), Reset).Times(1);
+  EXPECT_CALL(Hardware().Grating(), UnsafeReset).Times(0);
+  EXPECT_EQ(CorvaneWavelengthUnsafeReset(0), CORVANE_SUCCESS);
+}
+
+TEST_F(ExportedFunctions, DetectorOffsetsForAnyPortsSucceedWhateverBecomesOfThem) {
   MockGrating& grating = Hardware().Grating();
-  EXPECT_CALL(grating, Reset).Times(2);
-  EXPECT_CALL(grating, UnsafeReset).Times(0);
-  EXPECT_EQ(CorvaneWavelengthReset(0), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneWavelengthUnsafeReset(0), CORVANE_SUCCESS) << "the ordinary one";
-
-  int offset = 77;
-  EXPECT_CALL(grating, GetDetectorOffset(1, 0)).WillOnce(Return(5)).WillOnce(Throw(kFailure));
   EXPECT_CALL(grating, SetDetectorOffset(5, -6, 240000)).WillOnce(Throw(kFailure));
-  EXPECT_CALL(grating, SetDetectorOffset(0, 0, 1)).WillOnce(Throw(kFailure));
-  EXPECT_EQ(CorvaneSetDetectorOffsetEx(0, 5, -6, 240000), CORVANE_SUCCESS) << "although it failed";
+  EXPECT_EQ(CorvaneSetDetectorOffsetEx(0, 5, -6, 240000), CORVANE_SUCCESS);
+  EXPECT_CALL(grating, GetDetectorOffset(1, 0)).WillOnce(Return(5)).WillOnce(Throw(kFailure));
+  int offset = 77;
   EXPECT_EQ(CorvaneGetDetectorOffsetEx(0, 1, 0, &offset), CORVANE_SUCCESS);
-  EXPECT_EQ(CorvaneGetDetectorOffsetEx(0, 1, 0, &offset), CORVANE_SUCCESS) << "although it failed";
   EXPECT_EQ(offset, 77) << "the value read is dropped";
-  EXPECT_EQ(CorvaneSetDetectorOffset(0, 1), CORVANE_COMMUNICATION_ERROR);
+  EXPECT_EQ(CorvaneGetDetectorOffsetEx(0, 1, 0, &offset), CORVANE_SUCCESS);
+  EXPECT_CALL(grating, SetDetectorOffset(0, 0, 1)).WillOnce(Throw(kFailure));
+  EXPECT_EQ(CorvaneSetDetectorOffset(0, 1), CORVANE_COMMUNICATION_ERROR) << "unlike for the direct ports";
+}
 
-  ON_CALL(grating, GetNumberGratings).WillByDefault(Throw(kFailure));
-  EXPECT_EQ(CorvaneSetGrating(0, 99), CORVANE_COMMUNICATION_ERROR) << "before the number is looked at";
+TEST_F(ExportedFunctions, AGratingIsNotJudgedWhenTheirNumberCannotBeHad) {
+  ON_CALL(Hardware().Grating(), GetNumberGratings).WillByDefault(Throw(kFailure));
+  EXPECT_EQ(CorvaneSetGrating(0, 99), CORVANE_COMMUNICATION_ERROR);
   EXPECT_EQ(CorvaneSetGratingOffset(0, 1, 99999), CORVANE_COMMUNICATION_ERROR);
 }
 
@@ -211,9 +236,14 @@ TEST_F(ExportedFunctions, AFailedSearchLeavesTheEarlierStateWithoutItsDevices) {
   EXPECT_EQ(CorvaneWavelengthReset(0), CORVANE_COMMUNICATION_ERROR) << "the earlier device is gone";
   EXPECT_EQ(CorvaneSetSlitCoefficients(0, 1, 2, 3, 4), CORVANE_COMMUNICATION_ERROR);
   EXPECT_EQ(CorvaneSetFocusMirror(0, 1), CORVANE_COMMUNICATION_ERROR);
+}
+
+TEST_F(ExportedFunctions, AFirstSearchThatFailsLeavesTheLibraryUninitialised) {
   CorvaneClose();
+  gSearch = []() -> Found { throw std::bad_alloc(); };
   EXPECT_EQ(CorvaneInitialize(nullptr), CORVANE_NOT_INITIALIZED);
-  EXPECT_EQ(CorvaneGetNumberDevices(&count), CORVANE_NOT_INITIALIZED) << "it was not set before either";
+  int count = 0;
+  EXPECT_EQ(CorvaneGetNumberDevices(&count), CORVANE_NOT_INITIALIZED);
 }
 
 TEST_F(ExportedFunctions, AnInstrumentThatDoesNotInitialiseEndsTheSearchWithTheLibraryInitialised) {

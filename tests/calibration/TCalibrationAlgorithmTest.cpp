@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <limits>
 #include <random>
 #include <valarray>
@@ -15,11 +16,16 @@
 namespace {
 
 using Wave = TWavelengthConversion;
-using Constants = TCalibrationAlgorithm::TConstants;
+using Algorithm = TCalibrationAlgorithm;
+using Constants = Algorithm::TConstants;
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
+/// What is below is taken for zero.
+constexpr float kZeroLimit = 1e-6F;
+const float kBelowZeroLimit = std::nextafter(kZeroLimit, 0.0F);
+const float kAboveTurn = std::nextafter(360.0F, 400.0F);
 
 /// Arguments of a good calibration; tests change what they are about.
 struct Inputs {
@@ -37,16 +43,16 @@ struct Inputs {
   bool reverse = false;
 
   int Fit(Constants& out) const {
-    return TCalibrationAlgorithm::GetConstants(out, centre, type, unit, excitation, detectorOffset, pixelWidth,
-                                               numberPixels, focalLength, tilt, angularDeviation, lines, reverse);
+    return Algorithm::GetConstants(out, centre, type, unit, excitation, detectorOffset, pixelWidth, numberPixels,
+                                   focalLength, tilt, angularDeviation, lines, reverse);
   }
   int Code() const {
     Constants ignored;
     return Fit(ignored);
   }
   int Validation() const {
-    return TCalibrationAlgorithm::ValidateParameters(centre, type, unit, excitation, detectorOffset, pixelWidth,
-                                                     numberPixels, focalLength, tilt, angularDeviation, lines, reverse);
+    return Algorithm::ValidateParameters(centre, type, unit, excitation, detectorOffset, pixelWidth, numberPixels,
+                                         focalLength, tilt, angularDeviation, lines, reverse);
   }
 };
 
@@ -114,7 +120,7 @@ TEST(CalibrationAlgorithm, EveryPixelAgreesWithAnEvaluationMadeAnotherWay) {
       for (double part = 0.02; part < 0.99; part += 0.01) {
         in.centre = static_cast<float>(reach * part);
         Constants fitted;
-        ASSERT_EQ(0, in.Fit(fitted)) << lines << " lines/mm, " << in.centre << " nm";
+        ASSERT_EQ(Algorithm::kSuccess, in.Fit(fitted)) << lines << " lines/mm, " << in.centre << " nm";
         const Constants expected = ReferenceFit(in);
         for (int pixel = 1; pixel <= pixels; ++pixel) {
           const auto p = static_cast<float>(pixel);
@@ -141,31 +147,59 @@ TEST(CalibrationAlgorithm, ValidationNamesTheFirstBadArgument) {
     void (*spoil)(Inputs&);
   };
   const Case cases[] = {
-      {1, [](Inputs& in) { in.centre = 0.0F; }},
-      {1, [](Inputs& in) { in.centre = kNaN; }},
-      {2, [](Inputs& in) { in.type = Wave::kRamanShift; }},
-      {3, [](Inputs& in) { in.detectorOffset = 512; }},
-      {3, [](Inputs& in) { in.detectorOffset = std::numeric_limits<int>::min(); }},
-      {3, [](Inputs& in) { in.numberPixels = 0; }},
-      {4, [](Inputs& in) { in.pixelWidth = 1e33F; }},
-      {4, [](Inputs& in) { in.pixelWidth = kNaN; }},
-      {6, [](Inputs& in) { in.focalLength = kNaN; }},
-      {7, [](Inputs& in) { in.tilt = -360.5F; }},
-      {7, [](Inputs& in) { in.tilt = kNaN; }},
-      {8, [](Inputs& in) { in.angularDeviation = kNaN; }},
-      {9, [](Inputs& in) { in.lines = 10'001.0; }},
-      {9, [](Inputs& in) { in.lines = kNaN; }},
+      {Algorithm::kBadCentre, [](Inputs& in) { in.centre = kBelowZeroLimit; }},
+      {Algorithm::kBadCentre, [](Inputs& in) { in.centre = kNaN; }},
+      {Algorithm::kBadExcitation, [](Inputs& in) { in.type = Wave::kRamanShift; }},
+      {Algorithm::kBadDetectorOffset, [](Inputs& in) { in.numberPixels = 0; }},
+      {Algorithm::kBadDetectorOffset, [](Inputs& in) { in.detectorOffset = std::numeric_limits<int>::min(); }},
+      {Algorithm::kBadDetectorOffset, [](Inputs& in) { in.detectorOffset = 512; }},
+      {Algorithm::kBadPixelWidth, [](Inputs& in) { in.pixelWidth = kBelowZeroLimit; }},
+      {Algorithm::kBadPixelWidth, [](Inputs& in) { in.pixelWidth = 3.4028236e32F; }},
+      {Algorithm::kBadPixelWidth, [](Inputs& in) { in.pixelWidth = kNaN; }},
+      {Algorithm::kBadFocalLength, [](Inputs& in) { in.focalLength = -kBelowZeroLimit; }},
+      {Algorithm::kBadFocalLength, [](Inputs& in) { in.focalLength = kNaN; }},
+      {Algorithm::kBadTilt, [](Inputs& in) { in.tilt = kBelowZeroLimit; }},
+      {Algorithm::kBadTilt, [](Inputs& in) { in.tilt = -kAboveTurn; }},
+      {Algorithm::kBadTilt, [](Inputs& in) { in.tilt = kNaN; }},
+      {Algorithm::kBadAngularDeviation, [](Inputs& in) { in.angularDeviation = -kBelowZeroLimit; }},
+      {Algorithm::kBadAngularDeviation, [](Inputs& in) { in.angularDeviation = kAboveTurn; }},
+      {Algorithm::kBadAngularDeviation, [](Inputs& in) { in.angularDeviation = kNaN; }},
+      {Algorithm::kBadLines, [](Inputs& in) { in.lines = 9.99e-7; }},
+      {Algorithm::kBadLines, [](Inputs& in) { in.lines = std::nextafter(10'000.0, 1e5); }},
+      {Algorithm::kBadLines, [](Inputs& in) { in.lines = kNaN; }},
   };
-  Inputs allBad;
-  for (const Case& bad : cases) {
-    Inputs in;
-    bad.spoil(in);
-    EXPECT_EQ(bad.code, in.Validation());
-    EXPECT_EQ(bad.code, in.Code());
-    bad.spoil(allBad);
+  // From the last to the first: with all the later ones bad too, each is still the one that is named.
+  Inputs thisAndAllLater;
+  for (auto bad = std::rbegin(cases); bad != std::rend(cases); ++bad) {
+    SCOPED_TRACE(std::distance(bad, std::rend(cases)));
+    Inputs onlyThis;
+    bad->spoil(onlyThis);
+    EXPECT_EQ(bad->code, onlyThis.Validation());
+    EXPECT_EQ(bad->code, onlyThis.Code());
+    bad->spoil(thisAndAllLater);
+    EXPECT_EQ(bad->code, thisAndAllLater.Validation());
   }
-  EXPECT_EQ(1, allBad.Validation()) << "the first one counts";
-  EXPECT_EQ(0, Inputs().Validation());
+}
+
+TEST(CalibrationAlgorithm, ValidationLetsTheLimitsThemselvesPass) {
+  const Inputs smallest{.centre = kZeroLimit,
+                        .type = Wave::kRamanShift,
+                        .excitation = kZeroLimit,
+                        .pixelWidth = kZeroLimit,
+                        .numberPixels = 1,
+                        .focalLength = -kZeroLimit,
+                        .tilt = -kZeroLimit,
+                        .angularDeviation = -kZeroLimit,
+                        .lines = kZeroLimit};
+  EXPECT_EQ(Algorithm::kSuccess, smallest.Validation());
+  const Inputs largest{.centre = kInfinity,
+                       .type = Wave::kRamanShift,
+                       .excitation = 3.4028235e37F,
+                       .pixelWidth = 3.4028234e32F,
+                       .tilt = -360.0F,
+                       .angularDeviation = 360.0F,
+                       .lines = 10'000.0};
+  EXPECT_EQ(Algorithm::kSuccess, largest.Validation());
 }
 
 TEST(CalibrationAlgorithm, DetectorOffsetsUpToLessThanHalfTheDetectorPass) {
@@ -173,13 +207,9 @@ TEST(CalibrationAlgorithm, DetectorOffsetsUpToLessThanHalfTheDetectorPass) {
     Inputs in;
     in.detectorOffset = offset;
     Constants fitted;
-    EXPECT_EQ(0, in.Fit(fitted));
+    EXPECT_EQ(Algorithm::kSuccess, in.Fit(fitted));
     EXPECT_NEAR(550.0F, fitted.ValueFor(static_cast<float>(512 + offset)), 0.01F);
   }
-  // Where half the detector lets only an offset of 0 through, a count of 0 or less comes out as a bad offset first.
-  Inputs in;
-  in.numberPixels = -1;
-  EXPECT_EQ(3, in.Validation());
 }
 
 TEST(CalibrationAlgorithm, ACentreBeyondTheGratingCannotBeReached) {
@@ -187,21 +217,21 @@ TEST(CalibrationAlgorithm, ACentreBeyondTheGratingCannotBeReached) {
   in.lines = 1200.0;
   const double reach = 2e6 / 1200.0 * std::cos(in.angularDeviation * kPi / 180.0);
   in.centre = static_cast<float>(reach * 1.0001);
-  EXPECT_EQ(10, in.Code());
+  EXPECT_EQ(Algorithm::kUnreachable, in.Code());
   in.centre = kInfinity;
-  EXPECT_EQ(10, in.Code());
+  EXPECT_EQ(Algorithm::kUnreachable, in.Code());
   in.centre = 1e-4F;
   in.lines = 0.001;
-  EXPECT_EQ(10, in.Code()) << "as good as zero order";
+  EXPECT_EQ(Algorithm::kUnreachable, in.Code()) << "as good as zero order";
 }
 
 TEST(CalibrationAlgorithm, ReversePairsThePixelsWithMirroredSamples) {
   Inputs in;
   Constants plain;
   Constants reversed;
-  ASSERT_EQ(0, in.Fit(plain));
+  ASSERT_EQ(Algorithm::kSuccess, in.Fit(plain));
   in.reverse = true;
-  ASSERT_EQ(0, in.Fit(reversed));
+  ASSERT_EQ(Algorithm::kSuccess, in.Fit(reversed));
   // Samples: 1, 129, ..., 897, 1024 (from 1025).
   const std::vector<int> pixels{1, 129, 257, 385, 513, 641, 769, 897, 1024};
   for (std::size_t i = 0; i < pixels.size(); ++i) {
@@ -211,22 +241,24 @@ TEST(CalibrationAlgorithm, ReversePairsThePixelsWithMirroredSamples) {
 }
 
 TEST(CalibrationAlgorithm, FitsInTheCallersUnit) {
-  const Inputs nanometres;
-  Inputs shift;
-  shift.type = Wave::kRamanShift;
-  shift.excitation = 532.0F;
-  Inputs energy;  // a falling curve
-  energy.unit = Wave::kElectronVolts;
+  const struct {
+    Wave::eWaveType type;
+    Wave::eWaveUnit unit;
+    float tolerance;
+  } units[] = {{Wave::kRamanShift, Wave::kNanometres, 0.5F},
+               {Wave::kWavelength, Wave::kElectronVolts, 1e-4F},  // a falling curve
+               {Wave::kWavelength, Wave::kWavenumbers, 0.5F}};
+  Inputs in{.excitation = 532.0F};
   Constants inNm;
-  ASSERT_EQ(0, nanometres.Fit(inNm));
-  for (Inputs* const in : {&shift, &energy}) {
-    in->centre = Wave::FromNm(550.0F, in->type, in->unit, in->excitation);
+  ASSERT_EQ(Algorithm::kSuccess, in.Fit(inNm));
+  for (const auto& [type, unit, tolerance] : units) {
+    in.type = type;
+    in.unit = unit;
+    in.centre = Wave::FromNm(550.0F, type, unit, in.excitation);
     Constants fitted;
-    ASSERT_EQ(0, in->Fit(fitted));
+    ASSERT_EQ(Algorithm::kSuccess, in.Fit(fitted));
     for (const float p : {1.0F, 300.0F, 512.0F, 1024.0F}) {
-      const float nm = inNm.ValueFor(p);
-      EXPECT_NEAR(in == &shift ? (nm - 532.0F) / (nm * 532.0F) * 1e7F : 1239.852F / nm, fitted.ValueFor(p),
-                  in == &shift ? 0.5F : 1e-4F);
+      EXPECT_NEAR(Wave::FromNm(inNm.ValueFor(p), type, unit, in.excitation), fitted.ValueFor(p), tolerance) << unit;
     }
   }
 }
@@ -234,25 +266,29 @@ TEST(CalibrationAlgorithm, FitsInTheCallersUnit) {
 TEST(CalibrationAlgorithm, ADetectorOfFewerThanEightPixelsIsRefused) {
   Inputs in;
   in.numberPixels = 7;  // all nine samples coincide on pixel 1, so no curve is known
-  EXPECT_EQ(10, in.Code());
+  EXPECT_EQ(Algorithm::kUnreachable, in.Code());
   in.numberPixels = 8;
-  EXPECT_EQ(0, in.Code());
+  EXPECT_EQ(Algorithm::kSuccess, in.Code());
+}
+
+TEST(CalibrationAlgorithm, ADetectorOfAllPixelsLeavesNoArithmeticOutsideItsType) {
+  Inputs in;
   in.numberPixels = std::numeric_limits<int>::max();
   in.pixelWidth = 1e-5F;
-  in.Code();  // Ends, and leaves no arithmetic outside its type.
+  in.Code();
 }
 
 TEST(CalibrationAlgorithm, TestTellsFlatTurningAndUnusableCurves) {
-  const auto test = [](int n, const Constants& c) { return TCalibrationAlgorithm::TestCalibration(n, c); };
-  EXPECT_EQ(10, test(1024, {500.0F, 0.0F, 0.0F, 0.0F}));
-  EXPECT_EQ(10, test(9, {500.0F, 10.0F, -1.0F, 0.0F})) << "up and back down to where it began";
-  EXPECT_EQ(11, test(10, {500.0F, 10.0F, -0.75F, 0.0F})) << "turns on the detector";
-  EXPECT_EQ(0, test(10, {500.0F, 16.0F, -0.75F, 0.0F})) << "turns just behind its end";
+  const auto test = [](int n, const Constants& c) { return Algorithm::TestCalibration(n, c); };
+  EXPECT_EQ(Algorithm::kUnreachable, test(1024, {500.0F, 0.0F, 0.0F, 0.0F}));
+  EXPECT_EQ(Algorithm::kUnreachable, test(9, {500.0F, 10.0F, -1.0F, 0.0F})) << "up and back down to where it began";
+  EXPECT_EQ(Algorithm::kNotMonotonic, test(10, {500.0F, 10.0F, -0.75F, 0.0F})) << "turns on the detector";
+  EXPECT_EQ(Algorithm::kSuccess, test(10, {500.0F, 16.0F, -0.75F, 0.0F})) << "turns just behind its end";
   // A step of exactly zero, from pixel 0 to 1: c1 + c2 + c3 = 0.
-  EXPECT_EQ(11, test(10, {500.0F, -1.0F, 1.0F, 0.0F})) << "a rising curve must not stand still";
-  EXPECT_EQ(0, test(10, {500.0F, 1.0F, -1.0F, 0.0F})) << "a falling one may";
+  EXPECT_EQ(Algorithm::kNotMonotonic, test(10, {500.0F, -1.0F, 1.0F, 0.0F})) << "a rising curve must not stand still";
+  EXPECT_EQ(Algorithm::kSuccess, test(10, {500.0F, 1.0F, -1.0F, 0.0F})) << "a falling one may";
   for (const float bad : {kNaN, kInfinity}) {
-    EXPECT_EQ(11, test(10, {500.0F, 1.0F, 0.0F, bad}));
+    EXPECT_EQ(Algorithm::kNotMonotonic, test(10, {500.0F, 1.0F, 0.0F, bad}));
   }
 }
 
@@ -272,16 +308,17 @@ TEST(CalibrationAlgorithm, TestJudgesEveryStepInSinglePrecision) {
     const float m = length + 1.0F;
     const double start = c.c0;
     const double end = start + static_cast<double>(m * (c.c1 + m * (c.c2 + m * c.c3)));
-    int expected = end == start ? 10 : 0;
-    for (int k = 0; k < n && expected == 0; ++k) {
+    int expected = end == start ? Algorithm::kUnreachable : Algorithm::kSuccess;
+    for (int k = 0; k < n && expected == Algorithm::kSuccess; ++k) {
       const auto from = static_cast<float>(k);
       const float step = ((from + 1.0F) * (3.0F * c.c3) + 2.0F * c.c2) * from + (c.c2 + c.c1 + c.c3);
-      expected = (step > 0.0F) != (end > start) ? 11 : 0;
+      expected = (step > 0.0F) == (end > start) ? Algorithm::kSuccess : Algorithm::kNotMonotonic;
     }
     ASSERT_EQ(expected, TCalibrationAlgorithm::TestCalibration(n, c)) << "curve " << i;
-    good += expected == 0 ? 1 : 0;
+    good += expected == Algorithm::kSuccess ? 1 : 0;
   }
-  EXPECT_TRUE(good > 1'000 && good < 19'000);
+  EXPECT_GT(good, 1'000);
+  EXPECT_LT(good, 19'000);
 }
 
 TEST(LeastSquares, EliminationPivotsOnRowsAndColumns) {

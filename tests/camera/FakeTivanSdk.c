@@ -60,13 +60,15 @@ unsigned int ShutDown(void) {
 }
 
 unsigned int GetDetector(int* xPixels, int* yPixels) {
-  *xPixels = *yPixels = 512;
+  *xPixels = 1024;
+  *yPixels = 256;
   return DetectorStatus();
 }
 
 #ifndef FAKE_LACKS_PIXEL_SIZE
 unsigned int GetPixelSize(float* width, float* height) {
-  *width = *height = 13.5F;
+  *width = 13.5F;
+  *height = 20.0F;
   return DetectorStatus();
 }
 #endif

@@ -62,54 +62,95 @@ TEST_F(CameraSdk, IsInitialisedOnceAndShutDownOnce) {
   }
 }
 
-TEST_F(CameraSdk, IsTakenFromHereBeforeTheSystemAndMayBeAbsentOrNoLibrary) {
+TEST_F(CameraSdk, IsTakenFromHereBeforeTheSystem) {
   EXPECT_EQ(1, TSDKControl(nullptr, kComplete).GetNumberDevices());
   Install("REFUSES", kComplete);
   EXPECT_EQ(0, TSDKControl(nullptr, kComplete).GetNumberDevices());
-  for (const char* const content : {static_cast<const char*>(nullptr), "", "not a library"}) {
-    if (content != nullptr) {
-      mDirectory.Write("libtivan.so", content);
-    }
+}
+
+TEST_F(CameraSdk, MayBeAbsentOrNoLibrary) {
+  const auto expectNone = [] {
     TSDKControl control(nullptr, "libtivan.so");
     EXPECT_EQ(0, control.GetNumberDevices());
     EXPECT_NE(std::string::npos, std::string(control.GetErrorText()).find("libtivan.so"));
+  };
+  expectNone();
+  for (const char* const content : {"", "not a library"}) {
+    mDirectory.Write("libtivan.so", content);
+    expectNone();
   }
-  TivanUtility::TTivanDynamicLoader absent("libother.so", "./sub", true);
-  EXPECT_EQ(1, absent.Open()) << "not there, and nowhere else to look";
-  TivanUtility::TTivanDynamicLoader missing(std::string(1'000, 'n') + ".so");
-  EXPECT_EQ(2, missing.Open());
-  EXPECT_EQ(255U, std::string(missing.GetErrorText()).size()) << "a long text is cut";
 }
 
-TEST_F(CameraSdk, TranslatesStatusesAndRefusesBurstsOfNoBytesOrTooMany) {
-  TSDKControl control(nullptr, kComplete);
-  TI2CInterface& bus = *control.GetI2CInterface(0);
+TEST(DynamicLoader, TellsWhyItDidNotLoad) {
+  using Loader = TivanUtility::TTivanDynamicLoader;
+  EXPECT_EQ(Loader::kNotInSearchDirectory, Loader("libother.so", "./sub", true).Open());
+  Loader missing(std::string(1'000, 'n') + ".so");
+  EXPECT_EQ(Loader::kLoadFailed, missing.Open());
+  EXPECT_EQ(Loader::kErrorTextSize - 1, std::string(missing.GetErrorText()).size()) << "cut";
+}
+
+/// On the bus and the detector of the complete camera SDK.
+class Camera : public CameraSdk {
+ protected:
+  TSDKControl mControl{nullptr, kComplete};
+  TI2CInterface& mBus = *mControl.GetI2CInterface(0);
+  TDetectorInterface& mDetector = *mControl.GetDetectorInterface(0);
+};
+
+TEST_F(Camera, StatusesAreTranslated) {
+  using Bus = TSDKI2CInterface;
   // A read answers 20000 + register.
-  const std::pair<unsigned char, unsigned int> codes[] = {{2, 0}, {66, 3}, {67, 3}, {68, 3}, {80, 1},
-                                                          {0, 1}, {65, 1}, {69, 1}, {255, 1}};
+  const std::pair<unsigned char, unsigned int> codes[] = {
+      {2, Bus::kSuccess},       {66, Bus::kBusFailure},   {67, Bus::kBusFailure},   {68, Bus::kBusFailure},
+      {80, Bus::kOtherFailure}, {0, Bus::kOtherFailure},  {1, Bus::kOtherFailure},  {3, Bus::kOtherFailure},
+      {65, Bus::kOtherFailure}, {69, Bus::kOtherFailure}, {255, Bus::kOtherFailure}};
   for (const auto& [reg, code] : codes) {
     unsigned char byte = 0;
-    EXPECT_EQ(code, bus.Read(9, reg, &byte)) << "status " << 20000 + reg;
+    EXPECT_EQ(code, mBus.Read(9, reg, &byte)) << "status " << 20000 + reg;
   }
-  std::vector<unsigned char> bytes(65'536, 'y');
-  for (const long count : {0L, -1L, LONG_MAX}) {
-    EXPECT_EQ(1U, bus.BurstWrite(0x58, count, bytes.data()));
+}
+
+TEST_F(Camera, BurstsOfNoBytesOrTooManyAreRefused) {
+  unsigned char byte = 'y';
+  TakeLog();
+  for (const long count : {0L, -1L, TSDKI2CInterface::kMaximumBurst + 1, LONG_MAX}) {
+    EXPECT_EQ(TSDKI2CInterface::kOtherFailure, mBus.BurstWrite(0x58, count, &byte)) << count;
   }
-  EXPECT_EQ(1U, bus.BurstWrite(0x58, 1, nullptr));
-  EXPECT_EQ(0U, bus.Write(0x58, 7, 200));
-  EXPECT_EQ(0U, bus.BurstWrite(0x58, 3, bytes.data()));
-  EXPECT_EQ("Initialize (null)\nI2CWrite 88 7 200\nI2CBurstWrite 88 yyy\n", TakeLog());
-  EXPECT_EQ(0U, bus.BurstWrite(0x58, 65'536, bytes.data()));
-  EXPECT_EQ(std::vector<unsigned char>(65'536, 'y'), bytes) << "the caller's bytes are constant";
-  EXPECT_EQ(0U, bus.BurstRead(5, 2, bytes.data()));
-  EXPECT_EQ((std::vector<unsigned char>{5, 5, 'y'}), std::vector<unsigned char>(bytes.begin(), bytes.begin() + 3));
-  // The detector is asked each time, and a failure leaves the output alone.
+  EXPECT_EQ(TSDKI2CInterface::kOtherFailure, mBus.BurstWrite(0x58, 1, nullptr));
+  EXPECT_EQ("", TakeLog());
+}
+
+TEST_F(Camera, TransfersReachTheSdk) {
+  const std::vector<unsigned char> sent(TSDKI2CInterface::kMaximumBurst, 'y');
+  TakeLog();
+  EXPECT_EQ(TSDKI2CInterface::kSuccess, mBus.Write(0x58, 7, 200));
+  EXPECT_EQ(TSDKI2CInterface::kSuccess, mBus.BurstWrite(0x58, 3, sent.data()));
+  EXPECT_EQ("I2CWrite 88 7 200\nI2CBurstWrite 88 yyy\n", TakeLog());
+  EXPECT_EQ(TSDKI2CInterface::kSuccess, mBus.BurstWrite(0x58, TSDKI2CInterface::kMaximumBurst, sent.data()));
+  EXPECT_EQ(std::vector<unsigned char>(sent.size(), 'y'), sent) << "the caller's bytes are constant";
+  std::vector<unsigned char> received(3, 'y');
+  EXPECT_EQ(TSDKI2CInterface::kSuccess, mBus.BurstRead(5, 2, received.data()));
+  EXPECT_EQ((std::vector<unsigned char>{5, 5, 'y'}), received);
+}
+
+TEST_F(Camera, DetectorIsAskedEachTimeAndAFailureLeavesTheOutputAlone) {
   float width = 1.0F;
-  for (const unsigned int status : {2U, 0U}) {
-    status != 0 ? mDirectory.Write("detector-fails", "") : (std::filesystem::remove("detector-fails"), "");
-    EXPECT_EQ(status, control.GetDetectorInterface(0)->GetPixelWidth(width));
-    EXPECT_EQ(status == 0 ? 13.5F : 1.0F, width);
-  }
+  float height = 2.0F;
+  int count = 3;
+  mDirectory.Write("detector-fails", "");
+  EXPECT_EQ(TSDKDetectorInterface::kFailure, mDetector.GetPixelWidth(width));
+  EXPECT_EQ(TSDKDetectorInterface::kFailure, mDetector.GetPixelHeight(height));
+  EXPECT_EQ(TSDKDetectorInterface::kFailure, mDetector.GetNumberOfPixels(count));
+  EXPECT_EQ(1.0F, width);
+  EXPECT_EQ(2.0F, height);
+  EXPECT_EQ(3, count);
+  std::filesystem::remove("detector-fails");
+  EXPECT_EQ(TDetectorInterface::kSuccess, mDetector.GetPixelWidth(width));
+  EXPECT_EQ(TDetectorInterface::kSuccess, mDetector.GetPixelHeight(height));
+  EXPECT_EQ(TDetectorInterface::kSuccess, mDetector.GetNumberOfPixels(count));
+  EXPECT_EQ(13.5F, width);
+  EXPECT_EQ(20.0F, height);
+  EXPECT_EQ(1024, count);
 }
 
 }  // namespace

@@ -15,6 +15,8 @@
 
 namespace {
 
+constexpr int kFailure = TCorvaneException::kFailure;
+
 class Gratings : public testing::Test {
  protected:
   /// The grating component on the instrument as the test has prepared it by now.
@@ -51,73 +53,89 @@ TEST_F(Gratings, SelectionFollowsTheFlagAtEveryCall) {
   Controller().SetWaveToStepsEnable(0);
   Grating().Reset();
   EXPECT_EQ(mInstrument.Take(), (Lines{"GRATING 1", "GRATINGHOME"}));
-  mInstrument.errors["GRATING"] = "E06";
-  EXPECT_EQ(ThrownBy([&] { Grating().UnsafeReset(); }), 6);
-  EXPECT_EQ(mInstrument.Take(), Lines{"GRATING 1"}) << "no homing after a refused grating";
 }
 
-TEST_F(Gratings, MotionIsBusyAndIdleAgainBeforeAFailureLeaves) {
+TEST_F(Gratings, ARefusedGratingIsNotHomed) {
+  mInstrument.errors["GRATING"] = "E06";
+  EXPECT_EQ(ThrownBy([&] { Grating().UnsafeReset(); }), merak::kInvalidParameter);
+  EXPECT_EQ(mInstrument.Take(), Lines{"GRATING 1"});
+}
+
+TEST_F(Gratings, AreBusyWhileTheyMoveAndIdleAgainBeforeAFailureLeaves) {
   BusyLog log(Grating());
   mInstrument.errors["GRATING"] = "E10";
-  const std::pair<int, std::function<void()>> motions[] = {{10, [&] { Grating().SetGrating(0); }},
-                                                           {10, [&] { Grating().Reset(); }},
-                                                           {0, [&] { Grating().SetGratingOffset(0, 1); }},
-                                                           {0, [&] { Grating().SetDetectorOffset(1); }},
-                                                           {0, [&] { Grating().GratingOffsetAutoAdjust(); }}};
+  const std::pair<MerakResult, std::function<void()>> motions[] = {
+      {merak::kCoarseTurretError, [&] { Grating().SetGrating(0); }},
+      {merak::kCoarseTurretError, [&] { Grating().Reset(); }},
+      {merak::kSuccess, [&] { Grating().SetGratingOffset(0, 1); }},
+      {merak::kSuccess, [&] { Grating().SetDetectorOffset(1); }},
+      {merak::kSuccess, [&] { Grating().GratingOffsetAutoAdjust(); }}};
   for (const auto& [thrown, motion] : motions) {
     EXPECT_EQ(ThrownBy(motion), thrown);
-    EXPECT_EQ(log.Take(), (Lines{"busy", "idle"})) << thrown;
+    EXPECT_EQ(log.Take(), (Lines{"busy", "idle"}));
   }
   Grating().GratingOffsetCancelAutoAdjust();
   Grating().SetTurret(0);
-  EXPECT_TRUE(log.Take().empty());
+  EXPECT_EQ(log.Take(), Lines{}) << "nothing moves";
 }
 
-TEST_F(Gratings, BuiltInOffsetsReapproachTheWavelengthWhateverComesOfIt) {
-  Grating();
+TEST_F(Gratings, BuiltInGratingOffsetsAreKeptWhateverBecomesOfTheApproach) {
   mInstrument.errors["POSITION"] = "E04";
   Grating().SetGratingOffset(2, -13);
   EXPECT_EQ(mInstrument.Take(), Lines{"POSITION?"});
   EXPECT_EQ(Grating().GetGratingOffset(2), -13);
-  mInstrument.errors.clear();
+}
+
+TEST_F(Gratings, BuiltInDetectorOffsetsReapproachEvenForPortsThatKeepNone) {
   Grating().SetDetectorOffset(2, 0, 77);
-  EXPECT_EQ(mInstrument.Take(), (Lines{"POSITION?", "MOVETO 546.1000"})) << "although nothing was stored";
+  EXPECT_EQ(mInstrument.Take(), (Lines{"POSITION?", "MOVETO 546.1000"}));
   EXPECT_EQ(Grating().GetDetectorOffset(2, 0), 0);
 }
 
-TEST_F(Gratings, DetectorOffsetIsNotStoredForPortsThatAreOnlyGuessed) {
+TEST_F(Gratings, DetectorOffsetIsThatOfThePortsInUse) {
   mInstrument.values["EXITPORT"] = "1";
   Grating().SetDetectorOffset(45);
   EXPECT_EQ(Grating().GetDetectorOffset(0, 1), 45);
-  mInstrument.errors["ENTRANCEPORT"] = "E05";
-  EXPECT_EQ(ThrownBy([&] { Grating().SetDetectorOffset(46); }), 2);
-  EXPECT_EQ(ThrownBy([&] { Grating().GetDetectorOffset(); }), 2);
-  mInstrument.errors.clear();
-  Controller().SetWaveToStepsEnable(1);
-  mInstrument.Take();
-  mInstrument.values["EXITPORT"] = "garbage";
-  EXPECT_EQ(ThrownBy([&] { Grating().SetDetectorOffset(46); }), 4);
-  EXPECT_EQ(ThrownBy([&] { Grating().GetDetectorOffset(); }), 4);
-  EXPECT_EQ(mInstrument.Take().back(), "EXITPORT?") << "nothing moved";
-  EXPECT_EQ(Grating().GetDetectorOffset(0, 0), 0);
-  EXPECT_EQ(Grating().GetDetectorOffset(0, 1), 45);
+  EXPECT_EQ(Grating().GetDetectorOffset(), 45);
 }
 
-TEST_F(Gratings, IndicesBeyondTheTablesThrowAndTextsAreCut) {
+TEST_F(Gratings, DetectorOffsetIsNotStoredForPortsThatAreOnlyGuessed) {
+  Grating();
+  Controller().SetWaveToStepsEnable(1);
+  mInstrument.values["EXITPORT"] = "garbage";
+  EXPECT_EQ(ThrownBy([&] { Grating().SetDetectorOffset(46); }), merak::kIoError);
+  EXPECT_EQ(ThrownBy([&] { Grating().GetDetectorOffset(); }), merak::kIoError);
+  mInstrument.errors["ENTRANCEPORT"] = "E05";
+  EXPECT_EQ(ThrownBy([&] { Grating().SetDetectorOffset(46); }), merak::kDeviceNotFound);
+  EXPECT_EQ(mInstrument.Take().back(), "ENTRANCEPORT?") << "nothing moved";
+  EXPECT_EQ(Grating().GetDetectorOffset(0, 0), 0);
+}
+
+TEST_F(Gratings, IndicesBeyondTheTablesThrow) {
   mInstrument.eeprom.At(363) = 255;
   EXPECT_EQ(Grating().GetNumberGratings(), 255) << "as the instrument claims";
-  Controller().SetGratingBlaze(0, 2, "a blaze text of some length");
   TCorvaneMerakEeprom eeprom(Controller());
   float number = 0.0F;
   const char* blaze = nullptr;
   for (const int bad : {-1, 4, 254, std::numeric_limits<int>::max()}) {
-    EXPECT_EQ(ThrownBy([&] { Grating().GetGratingInfo(bad, number, blaze, number, number); }), 1);
-    EXPECT_EQ(ThrownBy([&] { Grating().GetGratingOffset(bad); }), 1);
-    EXPECT_EQ(ThrownBy([&] { Grating().SetGratingOffset(bad, 3); }), 1);
-    EXPECT_EQ(ThrownBy([&] { eeprom.GetGratingInfo(bad, number, blaze); }), bad == 4 ? 0 : 1);
+    EXPECT_EQ(ThrownBy([&] { Grating().GetGratingInfo(bad, number, blaze, number, number); }), kFailure) << bad;
+    EXPECT_EQ(ThrownBy([&] { Grating().GetGratingOffset(bad); }), kFailure) << bad;
+    EXPECT_EQ(ThrownBy([&] { Grating().SetGratingOffset(bad, 3); }), kFailure) << bad;
   }
-  EXPECT_EQ(ThrownBy([&] { Grating().SetGratingOffset(3, 3); }), 1) << "no room in this family's record";
-  eeprom.GetGratingInfo(2, number, blaze);
+  EXPECT_EQ(ThrownBy([&] { Grating().SetGratingOffset(3, 3); }), kFailure) << "no room in this family's record";
+  for (const int bad : {-1, 16}) {
+    EXPECT_EQ(ThrownBy([&] { eeprom.GetGratingInfo(bad, number, blaze); }), kFailure) << bad;
+  }
+  EXPECT_EQ(ThrownBy([&] { eeprom.GetGratingInfo(15, number, blaze); }), merak::kSuccess);
+}
+
+TEST_F(Gratings, BlazeTextsOfTheEepromAreCut) {
+  Grating();
+  Controller().SetGratingBlaze(0, 2, "a blaze text of some length");
+  float lines = 0.0F;
+  const char* blaze = nullptr;
+  TCorvaneMerakEeprom eeprom(Controller());
+  eeprom.GetGratingInfo(2, lines, blaze);
   EXPECT_STREQ(blaze, "a blaze text of");
 }
 
@@ -136,7 +154,7 @@ TEST_F(Gratings, GreatestWavelengthOfAGrating) {
   }
 }
 
-TEST_F(Gratings, ZeroOrderIsExactlyZeroAndGarbageBelowIt) {
+TEST_F(Gratings, ZeroOrderIsExactlyZero) {
   const std::pair<const char*, float> positions[] = {{"0.0001", 0.0001F}, {"0.0000", 0.0F}, {"garbage", -1.0F}};
   for (const auto& [position, nm] : positions) {
     mInstrument.values["POSITION"] = position;
@@ -145,17 +163,13 @@ TEST_F(Gratings, ZeroOrderIsExactlyZeroAndGarbageBelowIt) {
   }
 }
 
-TEST_F(Gratings, BusyAroundTheMoveAlsoWhenItFails) {
+TEST_F(Gratings, AWavelengthIsBusyWhileItMovesAlsoWhenThatFails) {
   BusyLog log(Wavelength());
-  mInstrument.errors = {{"MOVETO", "E11"}, {"POSITION", "E02"}};
-  EXPECT_EQ(ThrownBy([&] { Wavelength().SetWavelength(550.0F); }), 11);
+  mInstrument.errors["MOVETO"] = "E11";
+  EXPECT_EQ(ThrownBy([&] { Wavelength().SetWavelength(550.0F); }), merak::kFineTurretError);
   EXPECT_EQ(log.Take(), (Lines{"busy", "idle"}));
-  EXPECT_EQ(ThrownBy([&] { Wavelength().GetWavelength(); }), 8);
-  EXPECT_TRUE(log.Take().empty());
-  mInstrument.answers = 0;
-  mInstrument.Take();
-  EXPECT_EQ(ThrownBy([&] { Wavelength().SetWavelength(550.0F); }), 4);
-  EXPECT_EQ(mInstrument.Take().size(), 1U) << "silence is not asked again";
+  Wavelength().GetWavelength();
+  EXPECT_EQ(log.Take(), Lines{});
 }
 
 TEST_F(Gratings, ChangesOfTheGratingReachTheClientsOfEveryWavelengthThatLives) {
@@ -179,7 +193,23 @@ TEST_F(Gratings, LimitsOfTheGratingInPlaceAndOfNone) {
   Wavelength().GetWavelengthLimits(-1, min, max);
   EXPECT_GT(max, 2800.0F) << "the second grating is in place";
   for (const int bad : {-2, 4, 255}) {
-    EXPECT_EQ(ThrownBy([&] { Wavelength().GetWavelengthLimits(bad, min, max); }), 1);
+    EXPECT_EQ(ThrownBy([&] { Wavelength().GetWavelengthLimits(bad, min, max); }), kFailure) << bad;
+  }
+}
+
+TEST_F(Gratings, DispersionOfAWindowIsCutInStepsOf512Pixels) {
+  const struct {
+    int first, last;
+    float low, high;
+  } windows[] = {{0, 1023, 550.0F, 600.0F},   {0, 1024, 550.0F, 650.0F},    {511, 512, 550.0F, 600.0F},
+                 {512, 1535, 600.0F, 650.0F}, {-511, 1536, 550.0F, 700.0F}, {-512, 1, 500.0F, 600.0F},
+                 {1024, 0, 650.0F, 550.0F}};
+  for (const auto& window : windows) {
+    float low = 0.0F;
+    float high = 0.0F;
+    Wavelength().GetDispersionAt(600.0F, low, high, 0, window.first, window.last);
+    EXPECT_EQ(low, window.low) << window.first;
+    EXPECT_EQ(high, window.high) << window.last;
   }
 }
 

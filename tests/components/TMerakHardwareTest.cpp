@@ -4,6 +4,7 @@
 
 #include <array>
 #include <climits>
+#include <cstddef>
 #include <cstdlib>
 #include <functional>
 #include <limits>
@@ -11,9 +12,12 @@
 #include <new>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "components/TCorvaneMerakFlipper.h"
 #include "components/TCorvaneMerakSlit.h"
 #include "components/TCorvaneMerakStepTurret.h"
+#include "components/TMerakFactory.h"
 #include "components/TMerakSpectrographDevice.h"
 #include "support/ScriptedInstrument.h"
 
@@ -48,37 +52,54 @@ std::string SerialOf(const TSpectrographHardware& hardware) {
   return serial;
 }
 
+/// Questions by which a record of structure 3.0 is read, and the place of a value in it.
+constexpr std::size_t kRecordExchanges = 354;
+constexpr int kOffsetOfSecondGrating = 297;
+
 TEST(TMerakHardware, ReadsTheRecordAndTheSystemInformationOnce) {
+  Instrument instrument;
+  TMerakHardware hardware(instrument.Connect());
+  EXPECT_EQ(instrument.Take().size(), kRecordExchanges + 1);
+  hardware.Initialise();
+  EXPECT_TRUE(instrument.Take().empty());
+}
+
+TEST(TMerakHardware, TakesItsSerialNumberFromTheControllerAndItsDevicesFromTheRecord) {
   Instrument instrument;
   instrument.values["SYSTEMINFO"] = "TIVAN,CV-LX," + std::string(300, 's') + ",x,V2.80";
   TMerakHardware hardware(instrument.Connect());
-  EXPECT_EQ(instrument.Take().size(), 355U);
-  EXPECT_EQ(SerialOf(hardware), std::string(49, 's')) << "cut";
-  hardware.Initialise();
-  EXPECT_TRUE(instrument.Take().empty());
-  BusyLog log(*hardware.GetWavelengthInterface());
-  hardware.GetGratingInterface()->SetGrating(0);
-  EXPECT_EQ(log.Take().size(), 2U) << "the wavelength observes the grating of the same instrument";
+  EXPECT_EQ(SerialOf(hardware), std::string(TSpectrographHardware::kSerialLength - 1, 's')) << "cut";
   const char* serial = nullptr;
   hardware.GetSpectrographDevice()->GetSpectrographSerial(serial);
-  EXPECT_STREQ(serial, "CV-0042") << "the record's serial, not the controller's";
+  EXPECT_STREQ(serial, "CV-0042");
 }
 
-TEST(TMerakHardware, ClosedAndSilentControllersAreHeldAllTheSame) {
+TEST(TMerakHardware, HoldsAControllerThatIsNotOpen) {
+  TMerakHardware hardware(std::make_unique<TMerakOrbis>(nullptr));
+  EXPECT_EQ(SerialOf(hardware), "");
+  EXPECT_EQ(ThrownBy([&] { hardware.GetWavelengthInterface()->SetWavelength(500.0F); }), merak::kDeviceNotOpen);
+}
+
+TEST(TMerakHardware, HoldsAControllerThatIsSilent) {
   Instrument instrument;
-  {
-    TMerakHardware closed(std::make_unique<TMerakOrbis>(nullptr));
-    EXPECT_EQ(SerialOf(closed), "");
-    EXPECT_EQ(ThrownBy([&] { closed.GetWavelengthInterface()->SetWavelength(500.0F); }), 3);
-  }
-  EXPECT_TRUE(instrument.Take().empty());
   auto controller = instrument.Connect();
   instrument.answers = 0;
-  {
-    TMerakHardware silent(std::move(controller));
-    EXPECT_EQ(instrument.Take().size(), 2U) << "the record ends with the first byte that stays out";
-    EXPECT_EQ(ThrownBy([&] { silent.GetGratingInterface()->GetGrating(); }), 4);
-  }
+  TMerakHardware hardware(std::move(controller));
+  EXPECT_EQ(instrument.Take().size(), 2U) << "the record ends with the first byte that stays out";
+  EXPECT_EQ(ThrownBy([&] { hardware.GetGratingInterface()->GetGrating(); }), merak::kIoError);
+}
+
+TEST(TMerakFactory, HasOneGratingWhichTheWavelengthsObserve) {
+  Instrument instrument;
+  TMerakFactory factory(instrument.Connect());
+  const auto wavelength = factory.CreateWavelength();
+  ISpectrographGrating* const named = factory.CreateGrating();
+  const auto grating = factory.TakeGrating();
+  EXPECT_EQ(grating.get(), named);
+  EXPECT_EQ(factory.CreateGrating(), named);
+  BusyLog log(*wavelength);
+  grating->SetGrating(0);
+  EXPECT_EQ(log.Take().size(), 2U);
 }
 
 /// Destroys what `make` makes of a controller with unsaved values, memory running out ever later, until it suffices.
@@ -95,8 +116,8 @@ void ExpectTheEndWithoutMemory(Make make) {
     ASSERT_FALSE(instrument.IsConnected()) << granted;
     ASSERT_EQ(gblMerakOrbis, nullptr) << granted;
     if (!refused) {
-      ASSERT_GT(granted, 354) << "every exchange needs some";
-      EXPECT_EQ(instrument.eeprom.IntAt(297), 321);
+      ASSERT_GE(granted, static_cast<long>(kRecordExchanges)) << "every exchange needs some";
+      EXPECT_EQ(instrument.eeprom.IntAt(kOffsetOfSecondGrating), 321);
       break;
     }
   }
@@ -124,6 +145,10 @@ TEST(TMerakSpectrographDevice, AnyDevicesEndForgetsTheLatestController) {
 using Slit = ISpectrographSlit;
 using Flipper = ISpectrographFlipper;
 
+/// An error word, and the code that it stands for.
+constexpr const char* kRefusal = "E08";
+constexpr MerakResult kRefused = merak::kInvalidParameter;
+
 class MerakParts : public testing::Test {
  protected:
   MerakParts() {
@@ -131,11 +156,6 @@ class MerakParts : public testing::Test {
     for (const char* word : {"SLIT_WIDTH", "FILTER", "FOCUS", "FOCUS_TOTALSTEPS", "PORT_INPUT"}) {
       mInstrument.values[word] = "5";
     }
-    Connect();
-  }
-  /// Builds the parts on the instrument as it is now.
-  void Connect() {
-    mHardware.reset();
     mHardware = std::make_unique<TMerakHardware>(mInstrument.Connect());
     mInstrument.Take();
     for (int i = 0; i < Slit::kPositions; ++i) {
@@ -145,11 +165,32 @@ class MerakParts : public testing::Test {
     exit = mHardware->GetFlipperInterface(Flipper::kFlipperPosition1);
     filter = mHardware->GetFilterInterface();
     focus = mHardware->GetFocusMirrorInterface();
-    shutter = mHardware->GetShutterInterface();
     accessory = mHardware->GetAccessoryInterface();
   }
   TMerakSpectrographDevice& Device() {
     return static_cast<TMerakSpectrographDevice&>(*mHardware->GetSpectrographDevice());
+  }
+
+  struct Operation {
+    std::string line;          ///< the last that it sends
+    TBusyDeviceServer* moves;  ///< null: nothing moves
+    std::function<void()> call;
+  };
+  std::vector<Operation> Operations() {
+    return {
+        {"SLIT_WIDTH 4, 2147483647", slit[1], [&] { slit[1]->SetSlit(1e30F); }},
+        {"SLITHOME 2", slit[3], [&] { slit[3]->UnsafeReset(); }},
+        {"SLIT_MODE 3,FAST", nullptr, [&] { slit[2]->SetSlitMode("FAST"); }},
+        {"EXITPORT 0", exit, [&] { exit->SetFlipperPort(static_cast<Flipper::TPortPosition>(2)); }},
+        {"ENTRANCEPORT?", nullptr, [&] { entrance->GetPort(); }},
+        {"FILTER 5", filter, [&] { filter->SetFilter(4); }},
+        {"FILTER?", nullptr, [&] { filter->GetFilter(); }},
+        {"MOVE_FOCUS 1,2147483648", focus, [&] { focus->SetMirrorFocus(INT_MIN); }},
+        {"FOCUS_HOME", focus, [&] { focus->Reset(); }},
+        {"FOCUS?", nullptr, [&] { focus->GetMirrorFocus(); }},
+        {"PORT_OUTPUT 1", nullptr, [&] { accessory->SetAccessory(0, true); }},
+        {"PORT_INPUT?", nullptr, [&] { accessory->GetAccessoryState(1); }},
+    };
   }
 
   Instrument mInstrument;
@@ -159,124 +200,120 @@ class MerakParts : public testing::Test {
   Flipper* exit = nullptr;
   ISpectrographFilter* filter = nullptr;
   ISpectrographFocusMirror* focus = nullptr;
-  ISpectrographShutter* shutter = nullptr;
   ISpectrographAccessory* accessory = nullptr;
 };
 
-TEST_F(MerakParts, MovesAreBusyAndThrowWhatTheControllerAnswersWhenTheyAreIdleAgain) {
-  struct Case {
-    std::string line;  ///< the last that it sends
-    TBusyDeviceServer* moves;
-    std::function<void()> call;
-  };
-  const Case cases[] = {
-      {"SLIT_WIDTH 4, 2147483647", slit[1], [&] { slit[1]->SetSlit(1e30F); }},
-      {"SLITHOME 2", slit[3], [&] { slit[3]->UnsafeReset(); }},
-      {"SLIT_MODE 3,FAST", nullptr, [&] { slit[2]->SetSlitMode("FAST"); }},
-      {"EXITPORT 0", exit, [&] { exit->SetFlipperPort(static_cast<Flipper::TPortPosition>(2)); }},
-      {"ENTRANCEPORT?", nullptr, [&] { entrance->GetPort(); }},
-      {"FILTER 5", filter, [&] { filter->SetFilter(4); }},
-      {"FILTER?", nullptr, [&] { filter->GetFilter(); }},
-      {"MOVE_FOCUS 1,2147483648", focus, [&] { focus->SetMirrorFocus(INT_MIN); }},
-      {"FOCUS_HOME", focus, [&] { focus->Reset(); }},
-      {"FOCUS?", nullptr, [&] { focus->GetMirrorFocus(); }},
-      {"PORT_OUTPUT 1", nullptr, [&] { accessory->SetAccessory(0, true); }},
-      {"PORT_INPUT?", nullptr, [&] { accessory->GetAccessoryState(1); }},
-  };
-  for (const Case& operation : cases) {
-    const std::string& line = operation.line;
+TEST_F(MerakParts, AreBusyWhileTheyMoveAndThrowARefusalWhenTheyAreIdleAgain) {
+  for (const Operation& operation : Operations()) {
+    const Lines expected = operation.moves != nullptr ? Lines{"busy", "idle"} : Lines{};
+    BusyLog log(operation.moves != nullptr ? *operation.moves : *slit[0]);
     for (const bool refused : {false, true}) {
-      SCOPED_TRACE(line + (refused ? " refused" : ""));
+      SCOPED_TRACE(operation.line + (refused ? " refused" : ""));
       mInstrument.errors.clear();
-      mInstrument.errors[refused ? line : "none"] = "E08";
-      BusyLog log(operation.moves != nullptr ? *operation.moves : *slit[0]);
-      EXPECT_EQ(ThrownBy(operation.call), refused ? 6 : 0);
-      EXPECT_EQ(mInstrument.Take().back(), line);
-      EXPECT_EQ(log.Take(), operation.moves != nullptr ? (Lines{"busy", "idle"}) : Lines{});
+      if (refused) {
+        mInstrument.errors[operation.line] = kRefusal;
+      }
+      EXPECT_EQ(ThrownBy(operation.call), refused ? kRefused : merak::kSuccess);
+      EXPECT_EQ(mInstrument.Take().back(), operation.line);
+      EXPECT_EQ(log.Take(), expected);
     }
-    const std::string word = line.substr(0, line.find('?'));
-    if (word != line) {
-      mInstrument.errors.clear();
-      mInstrument.values[word] = "no number";
-      EXPECT_EQ(ThrownBy(operation.call), 4) << line;
+  }
+}
+
+TEST_F(MerakParts, RepliesWithoutANumberThrow) {
+  for (const Operation& operation : Operations()) {
+    const std::size_t mark = operation.line.find('?');
+    if (mark != std::string::npos) {
+      mInstrument.values[operation.line.substr(0, mark)] = "no number";
+      EXPECT_EQ(ThrownBy(operation.call), merak::kIoError) << operation.line;
     }
   }
 }
 
 TEST_F(MerakParts, ArePresentAsTheListSays) {
-  // Slits by position, entrance and exit mirror, wheel, focus mirror.
-  TDeviceServer* const parts[] = {slit[0], slit[1], slit[2], slit[3], entrance, exit, filter, focus};
+  const std::pair<std::string, TDeviceServer*> parts[] = {
+      {"SI1 ", slit[0]},       {"SI2 ", slit[1]}, {"SO1 ", slit[2]},   {"SO2 ", slit[3]},
+      {"entrance ", entrance}, {"exit ", exit},   {"filter ", filter}, {"focus ", focus}};
   const std::pair<const char*, const char*> lists[] = {
-      {"SI,SO2,IPS,EPD,EPS", "11010100"},
-      {"AFILB,12FOC", "00000011"},
-      {"FI,OC,fil", "00000000"},
+      {"SI,SO2,IPS,EPD,EPS", "SI1 SI2 SO2 exit "},
+      {"AFILB,12FOC", "filter focus "},
+      {"FI,OC,fil", ""},
       // A name counts with its first eight characters, and sixteen names are read.
-      {"12345FOC,123456FIL", "00000001"},
-      {"a,b,c,d,e,f,g,h,i,j,k,l,m,n,o,SI1,SI2,FIL", "10000000"}};
+      {"12345FOC,123456FIL", "focus "},
+      {"a,b,c,d,e,f,g,h,i,j,k,l,m,n,o,SI1,SI2,FIL", "SI1 "}};
   for (const auto& [list, expected] : lists) {
     mInstrument.values["PERIPHERAL"] = list;
     std::string present;
-    for (TDeviceServer* part : parts) {
-      present += part->IsPresent() ? '1' : '0';
+    for (const auto& [name, part] : parts) {
+      present += part->IsPresent() ? name : "";
     }
     EXPECT_EQ(present, expected) << list;
   }
-  mInstrument.errors["PERIPHERAL"] = "E03";
-  EXPECT_FALSE(filter->IsPresent());
-  EXPECT_EQ(ThrownBy([&] { focus->GetMirrorFocus(); }), 6) << "not a position of 0";
 }
 
-TEST_F(MerakParts, PartsThatAreNotFittedDoNothingOrThrowWithoutBeingBusy) {
+TEST_F(MerakParts, WithoutTheListNothingIsPresentAndTheFocusMirrorHasNoPosition) {
+  mInstrument.errors["PERIPHERAL"] = kRefusal;
+  EXPECT_FALSE(filter->IsPresent());
+  EXPECT_FALSE(focus->IsPresent());
+  EXPECT_EQ(ThrownBy([&] { focus->GetMirrorFocus(); }), kRefused) << "not a position of 0";
+}
+
+TEST_F(MerakParts, ThatAreNotFittedAreNotBusy) {
   mInstrument.values["PERIPHERAL"] = "";
-  BusyLog logs[] = {BusyLog(*exit), BusyLog(*filter), BusyLog(*focus)};
-  const std::function<void()> refused[] = {
-      [&] { exit->SetFlipperPort(Flipper::kPortPosition0); }, [&] { shutter->SetInternalShutter(0); },
-      [&] { shutter->GetInternalShutter(); }, [&] { shutter->InternalShutterAvailable(); }};
-  for (const auto& call : refused) {
-    EXPECT_EQ(ThrownBy(call), 1) << &call - refused;
-  }
+  BusyLog filterLog(*filter);
+  BusyLog focusLog(*focus);
   filter->SetFilter(1);
   focus->SetMirrorFocus(9);
-  for (BusyLog& log : logs) {
-    EXPECT_TRUE(log.Take().empty());
-  }
+  EXPECT_EQ(filterLog.Take(), Lines{});
+  EXPECT_EQ(focusLog.Take(), Lines{});
+}
+
+TEST_F(MerakParts, ThereIsNoFifthSlit) {
   EXPECT_THROW(TCorvaneMerakSlit(*gblMerakOrbis, static_cast<Slit::TSlitPosition>(4)), TCorvaneException);
 }
 
-TEST_F(MerakParts, MirrorsTellTheTurretOfTheirPortEvenOfARefusedOne) {
+TEST_F(MerakParts, ThereIsNoDetectorBehindTheEntranceMirror) {
   float low = 0.0F;
-  EXPECT_EQ(ThrownBy([&] { entrance->GetCCDLimits(Flipper::kPortPosition0, low, low); }), -1);
-  mInstrument.errors["EXITPORT"] = "E08";
-  EXPECT_EQ(ThrownBy([&] { exit->SetFlipperPort(Flipper::kPortPosition1); }), 6);
+  float high = 0.0F;
+  EXPECT_EQ(ThrownBy([&] { entrance->GetCCDLimits(Flipper::kPortPosition0, low, high); }),
+            TCorvaneMerakFlipper::kNoDetectorThere);
+}
+
+TEST_F(MerakParts, MirrorsTellTheTurretOfTheirPortEvenOfARefusedOne) {
+  mInstrument.errors["EXITPORT"] = kRefusal;
+  EXPECT_EQ(ThrownBy([&] { exit->SetFlipperPort(Flipper::kPortPosition1); }), kRefused);
   entrance->SetFlipperPort(Flipper::kPortPosition1);
   // The step turret follows an offset of the ports in use only.
-  EXPECT_EQ(Device().GetStepTurret().SetDetectorOffset(1, 1, 8), 0U);
+  EXPECT_EQ(Device().GetStepTurret().SetDetectorOffset(1, 1, 8), merak::kSuccess);
   EXPECT_EQ(mInstrument.Take().back(), "Step_abs 158");
 }
 
-TEST_F(MerakParts, AccessoryBitsAreWhereTheyLieAndAreNotWrittenUnread) {
-  mInstrument.values["PORT_INPUT"] = std::to_string(0x35);
-  std::string bits;
-  for (const int line : {0, 1, 2, 3, 4, 5, 6, 7, 33, 34, INT_MAX, -1, INT_MIN}) {
-    bits += accessory->GetAccessoryState(line) ? '1' : '0';
+TEST_F(MerakParts, AccessoryLinesAreBitsOfThePort) {
+  mInstrument.values["PORT_INPUT"] = std::to_string(0b0011'0101);
+  // Outputs are lines 0 to 2, from bit 4 on; inputs the lines behind them, from bit 1 on.
+  const std::pair<int, bool> lines[] = {{0, true},   {1, true},   {2, false},       {3, false},      {4, true},
+                                        {5, false},  {6, true},   {7, true},        {8, false},      {33, false},
+                                        {34, false}, {-1, false}, {INT_MAX, false}, {INT_MIN, false}};
+  for (const auto& [line, state] : lines) {
+    EXPECT_EQ(accessory->GetAccessoryState(line), state) << line;
   }
-  EXPECT_EQ(bits, "1100101100000");
+  mInstrument.Take();
+  accessory->SetAccessory(3, true);
+  EXPECT_EQ(mInstrument.Take(), Lines{}) << "not an output";
+}
+
+TEST_F(MerakParts, AccessoryOutputsAreNotWrittenUnreadButTheClientsAreTold) {
   struct Count final : TDeviceClient {
     void OnStateChanged(TDeviceServer* /*server*/) override { ++changes; }
     int changes = 0;
   } client;
   accessory->Connect(&client);
-  mInstrument.Take();
-  accessory->SetAccessory(3, true);
-  EXPECT_TRUE(mInstrument.Take().empty()) << "no such line";
-  for (const int thrown : {6, 4}) {
-    mInstrument.errors[thrown == 6 ? "PORT_INPUT" : "none"] = "E08";
-    EXPECT_EQ(ThrownBy([&] { accessory->SetAccessory(2, true); }), thrown);
-    EXPECT_EQ(mInstrument.Take(), Lines{"PORT_INPUT?"});
-    mInstrument.errors.clear();
-    mInstrument.values["PORT_INPUT"] = "no number";
-  }
-  EXPECT_EQ(client.changes, 2) << "told all the same";
+  mInstrument.values["PORT_INPUT"] = "no number";
+  EXPECT_EQ(ThrownBy([&] { accessory->SetAccessory(2, true); }), merak::kIoError);
+  mInstrument.errors["PORT_INPUT"] = kRefusal;
+  EXPECT_EQ(ThrownBy([&] { accessory->SetAccessory(2, true); }), kRefused);
+  EXPECT_EQ(mInstrument.Take(), (Lines{"PORT_INPUT?", "PORT_INPUT?"}));
+  EXPECT_EQ(client.changes, 2);
 }
 
 TEST_F(MerakParts, FilterLabelsAreTheRecordsWholeAndBounded) {
@@ -286,9 +323,9 @@ TEST_F(MerakParts, FilterLabelsAreTheRecordsWholeAndBounded) {
   EXPECT_EQ(log.Take(), Lines{"idle"});
   filter->GetFilterInfo(5, label.data(), 3);
   EXPECT_EQ(label.data(), std::string(239, 'x'));
-  EXPECT_EQ(ThrownBy([&] { filter->SetFilterInfo(6, "x"); }), -1);
+  EXPECT_EQ(ThrownBy([&] { filter->SetFilterInfo(6, "x"); }), -1) << "there is no seventh";
   Device().GetMerakOrbis().Close();
-  EXPECT_EQ(ThrownBy([&] { filter->GetFilterInfo(5, label.data(), 3); }), 3);
+  EXPECT_EQ(ThrownBy([&] { filter->GetFilterInfo(5, label.data(), 3); }), merak::kDeviceNotOpen);
 }
 
 }  // namespace

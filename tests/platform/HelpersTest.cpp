@@ -33,11 +33,14 @@ struct Free {
   void operator()(void* block) const { std::free(block); }
 };
 
-TEST(Strings, LettersFoldInAsciiOnlyAndCompareByBytes) {
+TEST(Strings, CompareWithAsciiLettersFolded) {
   EXPECT_EQ(0, stricmp("Wave", "wAVE"));
   EXPECT_LT(stricmp("_", "A"), 0) << "'_' lies between the upper and the lower case letters";
   EXPECT_GT(stricmp("\xE4", "z"), 0) << "bytes compare unsigned";
   EXPECT_NE(0, stricmp("@[", "`{")) << "neighbours of the letters are not letters";
+}
+
+TEST(Strings, ConvertAsciiLettersInPlace) {
   std::string text = "Tivan_e07\xE4";
   EXPECT_STREQ("TIVAN_E07\xE4", strupr(text.data()));
   EXPECT_STREQ("tivan_e07\xE4", strlwr(text.data()));
@@ -51,7 +54,7 @@ TEST(Strings, NumbersAreDecimalWhateverTheRadix) {
   EXPECT_STREQ("7", allocated.get());
 }
 
-TEST(Host, NamesNeedRoomForTheirTerminator) {
+TEST(Host, ComputerNameNeedsRoomForItsTerminator) {
   std::array<char, 300> expected{};
   ASSERT_EQ(0, gethostname(expected.data(), expected.size()));
   const auto length = static_cast<unsigned int>(std::string(expected.data()).size());
@@ -63,7 +66,9 @@ TEST(Host, NamesNeedRoomForTheirTerminator) {
   EXPECT_EQ(1, GetComputerName(name.data(), &size));
   EXPECT_STREQ(expected.data(), name.c_str());
   EXPECT_EQ(length, size);
+}
 
+TEST(Host, CurrentDirectoryNeedsRoomForItsTerminator) {
   const std::string directory = std::filesystem::current_path().string();
   const auto count = static_cast<unsigned int>(directory.size());
   std::string text(count + 1, '#');
@@ -85,10 +90,11 @@ TEST(FileCopy, DropsWhiteSpaceAndDoublesTheLastCharacter) {
     EXPECT_EQ(copied, content());
   }
   EXPECT_EQ(1, CopyFile(directory.Path().c_str(), to.c_str(), false)) << "a directory opens but does not read";
+  EXPECT_EQ("", content());
   EXPECT_EQ(1, CopyFile(to.c_str(), "/absent/to", false));
 }
 
-TEST(DebugOutput, AClosedPipeNeitherKillsTheHostNorTakesASignalThatItHeldBack) {
+TEST(DebugOutput, AClosedPipeIsNoMatterOfTheHostsSignals) {
   const auto host = [] {
     signal(SIGPIPE, SIG_DFL);
     std::array<int, 2> ends{};
@@ -99,6 +105,7 @@ TEST(DebugOutput, AClosedPipeNeitherKillsTheHostNorTakesASignalThatItHeldBack) {
     close(ends[1]);
     OutputDebugString(std::string(100'000, 'x').c_str());
     std::fflush(stdout);  // What is left would kill the host at its end.
+    // One that the host itself holds back stays pending.
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGPIPE);
@@ -111,7 +118,7 @@ TEST(DebugOutput, AClosedPipeNeitherKillsTheHostNorTakesASignalThatItHeldBack) {
   EXPECT_EXIT(host(), testing::ExitedWithCode(7), "");
 }
 
-TEST(TickCount, CountsMillisecondsFromTheWholeSecondOfItsOriginAndWraps) {
+TEST(TickCount, CountsMillisecondsFromTheWholeSecondOfItsOrigin) {
   FakeTime time;
   time.SetWallSeconds(1'000);
   time.Advance(750'999);
@@ -151,8 +158,8 @@ TEST(TivanEvent, AnAutoResetEventSetTwiceReleasesOneWait) {
 
 TEST(TivanEvent, AManualResetEventStaysSignalledUntilItIsReset) {
   const EventHandle event(CreateEvent(nullptr, true, true, "ignored"), &CloseHandle);
-  EXPECT_EQ(100U, WaitForSingleObject(event.get(), 0));
-  EXPECT_EQ(100U, WaitForSingleObject(event.get(), 0));
+  EXPECT_EQ(corvane::kWaitEnded, WaitForSingleObject(event.get(), 0));
+  EXPECT_EQ(corvane::kWaitEnded, WaitForSingleObject(event.get(), 0));
   EXPECT_EQ(1, ResetEvent(event.get()));
   EXPECT_TRUE(WaitBlocks(event.get()));
 }

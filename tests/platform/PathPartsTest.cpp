@@ -15,12 +15,18 @@ TEST(PathParts, SplitsAtTheLastSlashAndTheLastDot) {
     unsigned int flags;
     std::array<const char*, 6> parts;  // Drive, drive and directory, directory, name and extension, name, extension.
   } const cases[] = {
-      {"/data/cfg/spectrograph.ini", 7, {"", "/data/cfg/", "/data/cfg/", "spectrograph.ini", "spectrograph", ".ini"}},
-      {"..", 4, {"", "../", "../", "", "", ""}},
-      {".hidden", 4, {"", "./", "./", "", "", ""}},
-      {"C:/a.b.c", 15, {"C:", "C:/", "/", "a.b.c", "a.b", ".c"}},
-      {"C:..", 12, {"C:", "C:../", "../", "", "", ""}},
-      {"/d*r/?", 4 + 2 + 16 + 32, {"", "/d*r/", "/d*r/", "?", "?", ""}},
+      {"/data/cfg/spectrograph.ini",
+       corvane::kPathDirectory | corvane::kPathFileName | corvane::kPathExtension,
+       {"", "/data/cfg/", "/data/cfg/", "spectrograph.ini", "spectrograph", ".ini"}},
+      {"..", corvane::kPathDirectory, {"", "../", "../", "", "", ""}},
+      {".hidden", corvane::kPathDirectory, {"", "./", "./", "", "", ""}},
+      {"C:/a.b.c",
+       corvane::kPathDrive | corvane::kPathDirectory | corvane::kPathFileName | corvane::kPathExtension,
+       {"C:", "C:/", "/", "a.b.c", "a.b", ".c"}},
+      {"C:..", corvane::kPathDrive | corvane::kPathDirectory, {"C:", "C:../", "../", "", "", ""}},
+      {"/d*r/?",
+       corvane::kPathDirectory | corvane::kPathFileName | corvane::kPathWildName | corvane::kPathWildDirectory,
+       {"", "/d*r/", "/d*r/", "?", "?", ""}},
       {"", 0, {"", "", "", "", "", ""}},
   };
   for (const auto& expected : cases) {
@@ -50,8 +56,12 @@ TEST(PathParts, MergesWithTheSeparatorsThatAreMissing) {
     std::array<char, 64> out{};
     EXPECT_STREQ(c.path, fnMerge1(out.data(), c.drive, c.driveDir, c.dir, c.nameExt, c.name, c.ext));
   }
+}
+
+TEST(PathParts, OutputsMayBeTheBufferOfAnInput) {
   std::array<char, 16> inPlace{"dir/name.ext"};
-  EXPECT_EQ(7U, fnsplit(inPlace.data(), nullptr, inPlace.data(), nullptr, nullptr));
+  fnsplit(inPlace.data(), nullptr, inPlace.data(), nullptr, nullptr);
+  EXPECT_STREQ("dir/", inPlace.data());
   EXPECT_STREQ("dir/a.b", fnmerge(inPlace.data(), nullptr, inPlace.data(), "a", "b"));
 }
 

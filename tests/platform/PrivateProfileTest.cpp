@@ -17,7 +17,7 @@ class PrivateProfile : public testing::Test {
  protected:
   void Content(const std::string& content) { mFile = mDirectory.Write("spectrograph.ini", content); }
 
-  /// The whole buffer after a call; mResult is its answer.
+  /// The whole buffer after a call whose default is "-", where that fits; mResult is its answer.
   std::string Call(const char* section, const char* key, unsigned int size) {
     // On the heap with the exact size: the address sanitizer sees a byte too many.
     std::vector<char> buffer(size, '#');
@@ -105,15 +105,18 @@ TEST_F(PrivateProfile, NumbersAreFoundInTheirBase) {
   }
 }
 
-TEST_F(PrivateProfile, UnusableArgumentsLeaveTheBufferAloneAndUnreadableFilesGiveTheWholeDefault) {
+TEST_F(PrivateProfile, UnusableArgumentsLeaveTheBufferAlone) {
   Content("[a]\nX=1\n");
   std::string buffer = "########";
   EXPECT_EQ(0U, GetPrivateProfileString("a", "X", nullptr, buffer.data(), 8, mFile.c_str()));
   EXPECT_EQ(0U, GetPrivateProfileString("a", "X", "", buffer.data(), 1, mFile.c_str()));
   EXPECT_EQ("########", buffer);
   EXPECT_EQ(0U, GetPrivateProfileString("a", "X", "", nullptr, 8, mFile.c_str()));
+}
+
+TEST_F(PrivateProfile, UnreadableFilesGiveTheWholeDefault) {
   for (const std::string& file : {std::string("/absent"), mDirectory.Path().string(), std::string(5'000, 'p')}) {
-    buffer = "########";
+    std::string buffer = "########";
     EXPECT_EQ(0U, GetPrivateProfileString("a", "X", "default", buffer.data(), 3, file.c_str()));
     EXPECT_STREQ("default", buffer.c_str()) << "without regard to the size given";
   }
