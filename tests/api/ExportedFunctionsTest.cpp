@@ -212,11 +212,8 @@ TEST_F(ExportedFunctions, DetectorOffsetsForAnyPortsSucceedWhateverBecomesOfThem
   MockGrating& grating = Hardware().Grating();
   EXPECT_CALL(grating, SetDetectorOffset(5, -6, 240000)).WillOnce(Throw(kFailure));
   EXPECT_EQ(CorvaneSetDetectorOffsetEx(0, 5, -6, 240000), CORVANE_SUCCESS);
-  EXPECT_CALL(grating, GetDetectorOffset(1, 0)).WillOnce(Return(5)).WillOnce(Throw(kFailure));
-  int offset = 77;
-  EXPECT_EQ(CorvaneGetDetectorOffsetEx(0, 1, 0, &offset), CORVANE_SUCCESS);
-  EXPECT_EQ(offset, 77) << "the value read is dropped";
-  EXPECT_EQ(CorvaneGetDetectorOffsetEx(0, 1, 0, &offset), CORVANE_SUCCESS);
+  EXPECT_CALL(grating, GetDetectorOffset(1, 0)).WillOnce(Throw(kFailure));
+  EXPECT_EQ(CorvaneGetDetectorOffsetEx(0, 1, 0, nullptr), CORVANE_SUCCESS);
   EXPECT_CALL(grating, SetDetectorOffset(0, 0, 1)).WillOnce(Throw(kFailure));
   EXPECT_EQ(CorvaneSetDetectorOffset(0, 1), CORVANE_COMMUNICATION_ERROR) << "unlike for the direct ports";
 }

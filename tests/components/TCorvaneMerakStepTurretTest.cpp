@@ -78,13 +78,6 @@ TEST_F(StepTurret, WavelengthFollowsGratingPortsAndStructure) {
   EXPECT_EQ(TakeMove(), "Step_abs 15110") << "one entrance only, and the correction is added";
 }
 
-TEST_F(StepTurret, HostileOpticsGoToZeroOrder) {
-  Turret();
-  mController->SetWaveToStepsCoeff(0, kNaN);
-  EXPECT_EQ(Turret().SetWavelength(500.0F), merak::kSuccess);
-  EXPECT_EQ(TakeMove(), "Step_abs 100");
-}
-
 TEST_F(StepTurret, AFailedMoveKeepsTheWavelength) {
   mInstrument.errors["Step_abs"] = "E10";
   EXPECT_EQ(Turret().SetWavelength(500.0F), merak::kCoarseTurretError);

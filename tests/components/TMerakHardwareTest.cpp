@@ -14,7 +14,6 @@
 #include <utility>
 #include <vector>
 
-#include "components/TCorvaneMerakFlipper.h"
 #include "components/TCorvaneMerakSlit.h"
 #include "components/TCorvaneMerakStepTurret.h"
 #include "components/TMerakFactory.h"
@@ -52,18 +51,6 @@ std::string SerialOf(const TSpectrographHardware& hardware) {
   return serial;
 }
 
-/// Questions by which a record of structure 3.0 is read, and the place of a value in it.
-constexpr std::size_t kRecordExchanges = 354;
-constexpr int kOffsetOfSecondGrating = 297;
-
-TEST(TMerakHardware, ReadsTheRecordAndTheSystemInformationOnce) {
-  Instrument instrument;
-  TMerakHardware hardware(instrument.Connect());
-  EXPECT_EQ(instrument.Take().size(), kRecordExchanges + 1);
-  hardware.Initialise();
-  EXPECT_TRUE(instrument.Take().empty());
-}
-
 TEST(TMerakHardware, TakesItsSerialNumberFromTheControllerAndItsDevicesFromTheRecord) {
   Instrument instrument;
   instrument.values["SYSTEMINFO"] = "TIVAN,CV-LX," + std::string(300, 's') + ",x,V2.80";
@@ -80,15 +67,6 @@ TEST(TMerakHardware, HoldsAControllerThatIsNotOpen) {
   EXPECT_EQ(ThrownBy([&] { hardware.GetWavelengthInterface()->SetWavelength(500.0F); }), merak::kDeviceNotOpen);
 }
 
-TEST(TMerakHardware, HoldsAControllerThatIsSilent) {
-  Instrument instrument;
-  auto controller = instrument.Connect();
-  instrument.answers = 0;
-  TMerakHardware hardware(std::move(controller));
-  EXPECT_EQ(instrument.Take().size(), 2U) << "the record ends with the first byte that stays out";
-  EXPECT_EQ(ThrownBy([&] { hardware.GetGratingInterface()->GetGrating(); }), merak::kIoError);
-}
-
 TEST(TMerakFactory, HasOneGratingWhichTheWavelengthsObserve) {
   Instrument instrument;
   TMerakFactory factory(instrument.Connect());
@@ -101,6 +79,9 @@ TEST(TMerakFactory, HasOneGratingWhichTheWavelengthsObserve) {
   grating->SetGrating(0);
   EXPECT_EQ(log.Take().size(), 2U);
 }
+
+constexpr long kRecordBytes = 354;
+constexpr int kOffsetOfSecondGrating = 297;
 
 /// Destroys what `make` makes of a controller with unsaved values, memory running out ever later, until it suffices.
 template <typename Make>
@@ -116,7 +97,7 @@ void ExpectTheEndWithoutMemory(Make make) {
     ASSERT_FALSE(instrument.IsConnected()) << granted;
     ASSERT_EQ(gblMerakOrbis, nullptr) << granted;
     if (!refused) {
-      ASSERT_GE(granted, static_cast<long>(kRecordExchanges)) << "every exchange needs some";
+      ASSERT_GE(granted, kRecordBytes) << "every exchange needs some";
       EXPECT_EQ(instrument.eeprom.IntAt(kOffsetOfSecondGrating), 321);
       break;
     }
@@ -151,25 +132,15 @@ constexpr MerakResult kRefused = merak::kInvalidParameter;
 
 class MerakParts : public testing::Test {
  protected:
-  MerakParts() {
-    mInstrument.values["PERIPHERAL"] = "SI1,SI2,SO1,SO2,IPD,IPS,EPD,EPS,6FILTER,XFOCUS";
+  MerakParts() { mInstrument.Take(); }
+  static std::unique_ptr<TMerakOrbis> ConnectFitted(Instrument& instrument) {
+    instrument.values["PERIPHERAL"] = "SI1,SI2,SO1,SO2,IPD,IPS,EPD,EPS,6FILTER,XFOCUS";
     for (const char* word : {"SLIT_WIDTH", "FILTER", "FOCUS", "FOCUS_TOTALSTEPS", "PORT_INPUT"}) {
-      mInstrument.values[word] = "5";
+      instrument.values[word] = "5";
     }
-    mHardware = std::make_unique<TMerakHardware>(mInstrument.Connect());
-    mInstrument.Take();
-    for (int i = 0; i < Slit::kPositions; ++i) {
-      slit.at(static_cast<std::size_t>(i)) = mHardware->GetSlitInterface(static_cast<Slit::TSlitPosition>(i));
-    }
-    entrance = mHardware->GetFlipperInterface(Flipper::kFlipperPosition0);
-    exit = mHardware->GetFlipperInterface(Flipper::kFlipperPosition1);
-    filter = mHardware->GetFilterInterface();
-    focus = mHardware->GetFocusMirrorInterface();
-    accessory = mHardware->GetAccessoryInterface();
+    return instrument.Connect();
   }
-  TMerakSpectrographDevice& Device() {
-    return static_cast<TMerakSpectrographDevice&>(*mHardware->GetSpectrographDevice());
-  }
+  Slit& SlitAt(int position) { return *mHardware.GetSlitInterface(static_cast<Slit::TSlitPosition>(position)); }
 
   struct Operation {
     std::string line;          ///< the last that it sends
@@ -178,35 +149,40 @@ class MerakParts : public testing::Test {
   };
   std::vector<Operation> Operations() {
     return {
-        {"SLIT_WIDTH 4, 2147483647", slit[1], [&] { slit[1]->SetSlit(1e30F); }},
-        {"SLITHOME 2", slit[3], [&] { slit[3]->UnsafeReset(); }},
-        {"SLIT_MODE 3,FAST", nullptr, [&] { slit[2]->SetSlitMode("FAST"); }},
-        {"EXITPORT 0", exit, [&] { exit->SetFlipperPort(static_cast<Flipper::TPortPosition>(2)); }},
-        {"ENTRANCEPORT?", nullptr, [&] { entrance->GetPort(); }},
-        {"FILTER 5", filter, [&] { filter->SetFilter(4); }},
-        {"FILTER?", nullptr, [&] { filter->GetFilter(); }},
-        {"MOVE_FOCUS 1,2147483648", focus, [&] { focus->SetMirrorFocus(INT_MIN); }},
-        {"FOCUS_HOME", focus, [&] { focus->Reset(); }},
-        {"FOCUS?", nullptr, [&] { focus->GetMirrorFocus(); }},
-        {"PORT_OUTPUT 1", nullptr, [&] { accessory->SetAccessory(0, true); }},
-        {"PORT_INPUT?", nullptr, [&] { accessory->GetAccessoryState(1); }},
+        {"MOVETO 550.0000", &wavelength, [&] { wavelength.SetWavelength(550.0F); }},
+        {"GRATING 2", &grating, [&] { grating.SetGrating(1); }},
+        {"GRATINGHOME", &grating, [&] { grating.Reset(); }},
+        {"SLIT_WIDTH 4, 2147483647", &SlitAt(1), [&] { SlitAt(1).SetSlit(1e30F); }},
+        {"SLITHOME 2", &SlitAt(3), [&] { SlitAt(3).UnsafeReset(); }},
+        {"SLIT_MODE 3,FAST", nullptr, [&] { SlitAt(2).SetSlitMode("FAST"); }},
+        {"EXITPORT 0", &exit, [&] { exit.SetFlipperPort(static_cast<Flipper::TPortPosition>(2)); }},
+        {"ENTRANCEPORT?", nullptr, [&] { entrance.GetPort(); }},
+        {"FILTER 5", &filter, [&] { filter.SetFilter(4); }},
+        {"FILTER?", nullptr, [&] { filter.GetFilter(); }},
+        {"MOVE_FOCUS 1,2147483648", &focus, [&] { focus.SetMirrorFocus(INT_MIN); }},
+        {"FOCUS_HOME", &focus, [&] { focus.Reset(); }},
+        {"FOCUS?", nullptr, [&] { focus.GetMirrorFocus(); }},
+        {"PORT_OUTPUT 1", nullptr, [&] { accessory.SetAccessory(0, true); }},
+        {"PORT_INPUT?", nullptr, [&] { accessory.GetAccessoryState(1); }},
     };
   }
 
   Instrument mInstrument;
-  std::unique_ptr<TMerakHardware> mHardware;
-  std::array<Slit*, Slit::kPositions> slit{};
-  Flipper* entrance = nullptr;
-  Flipper* exit = nullptr;
-  ISpectrographFilter* filter = nullptr;
-  ISpectrographFocusMirror* focus = nullptr;
-  ISpectrographAccessory* accessory = nullptr;
+  TMerakHardware mHardware{ConnectFitted(mInstrument)};
+  TMerakSpectrographDevice& device = static_cast<TMerakSpectrographDevice&>(*mHardware.GetSpectrographDevice());
+  ISpectrographWavelength& wavelength = *mHardware.GetWavelengthInterface();
+  ISpectrographGrating& grating = *mHardware.GetGratingInterface();
+  Flipper& entrance = *mHardware.GetFlipperInterface(Flipper::kFlipperPosition0);
+  Flipper& exit = *mHardware.GetFlipperInterface(Flipper::kFlipperPosition1);
+  ISpectrographFilter& filter = *mHardware.GetFilterInterface();
+  ISpectrographFocusMirror& focus = *mHardware.GetFocusMirrorInterface();
+  ISpectrographAccessory& accessory = *mHardware.GetAccessoryInterface();
 };
 
 TEST_F(MerakParts, AreBusyWhileTheyMoveAndThrowARefusalWhenTheyAreIdleAgain) {
   for (const Operation& operation : Operations()) {
     const Lines expected = operation.moves != nullptr ? Lines{"busy", "idle"} : Lines{};
-    BusyLog log(operation.moves != nullptr ? *operation.moves : *slit[0]);
+    BusyLog log(operation.moves != nullptr ? *operation.moves : SlitAt(0));
     for (const bool refused : {false, true}) {
       SCOPED_TRACE(operation.line + (refused ? " refused" : ""));
       mInstrument.errors.clear();
@@ -232,8 +208,8 @@ TEST_F(MerakParts, RepliesWithoutANumberThrow) {
 
 TEST_F(MerakParts, ArePresentAsTheListSays) {
   const std::pair<std::string, TDeviceServer*> parts[] = {
-      {"SI1 ", slit[0]},       {"SI2 ", slit[1]}, {"SO1 ", slit[2]},   {"SO2 ", slit[3]},
-      {"entrance ", entrance}, {"exit ", exit},   {"filter ", filter}, {"focus ", focus}};
+      {"SI1 ", &SlitAt(0)},     {"SI2 ", &SlitAt(1)}, {"SO1 ", &SlitAt(2)}, {"SO2 ", &SlitAt(3)},
+      {"entrance ", &entrance}, {"exit ", &exit},     {"filter ", &filter}, {"focus ", &focus}};
   const std::pair<const char*, const char*> lists[] = {
       {"SI,SO2,IPS,EPD,EPS", "SI1 SI2 SO2 exit "},
       {"AFILB,12FOC", "filter focus "},
@@ -253,38 +229,28 @@ TEST_F(MerakParts, ArePresentAsTheListSays) {
 
 TEST_F(MerakParts, WithoutTheListNothingIsPresentAndTheFocusMirrorHasNoPosition) {
   mInstrument.errors["PERIPHERAL"] = kRefusal;
-  EXPECT_FALSE(filter->IsPresent());
-  EXPECT_FALSE(focus->IsPresent());
-  EXPECT_EQ(ThrownBy([&] { focus->GetMirrorFocus(); }), kRefused) << "not a position of 0";
+  EXPECT_FALSE(filter.IsPresent());
+  EXPECT_FALSE(focus.IsPresent());
+  EXPECT_EQ(ThrownBy([&] { focus.GetMirrorFocus(); }), kRefused) << "not a position of 0";
 }
 
-TEST_F(MerakParts, ThatAreNotFittedAreNotBusy) {
+TEST_F(MerakParts, APartThatIsNotFittedIsNotBusy) {
   mInstrument.values["PERIPHERAL"] = "";
-  BusyLog filterLog(*filter);
-  BusyLog focusLog(*focus);
-  filter->SetFilter(1);
-  focus->SetMirrorFocus(9);
-  EXPECT_EQ(filterLog.Take(), Lines{});
-  EXPECT_EQ(focusLog.Take(), Lines{});
+  BusyLog log(filter);
+  filter.SetFilter(1);
+  EXPECT_EQ(log.Take(), Lines{});
 }
 
 TEST_F(MerakParts, ThereIsNoFifthSlit) {
   EXPECT_THROW(TCorvaneMerakSlit(*gblMerakOrbis, static_cast<Slit::TSlitPosition>(4)), TCorvaneException);
 }
 
-TEST_F(MerakParts, ThereIsNoDetectorBehindTheEntranceMirror) {
-  float low = 0.0F;
-  float high = 0.0F;
-  EXPECT_EQ(ThrownBy([&] { entrance->GetCCDLimits(Flipper::kPortPosition0, low, high); }),
-            TCorvaneMerakFlipper::kNoDetectorThere);
-}
-
 TEST_F(MerakParts, MirrorsTellTheTurretOfTheirPortEvenOfARefusedOne) {
   mInstrument.errors["EXITPORT"] = kRefusal;
-  EXPECT_EQ(ThrownBy([&] { exit->SetFlipperPort(Flipper::kPortPosition1); }), kRefused);
-  entrance->SetFlipperPort(Flipper::kPortPosition1);
+  EXPECT_EQ(ThrownBy([&] { exit.SetFlipperPort(Flipper::kPortPosition1); }), kRefused);
+  entrance.SetFlipperPort(Flipper::kPortPosition1);
   // The step turret follows an offset of the ports in use only.
-  EXPECT_EQ(Device().GetStepTurret().SetDetectorOffset(1, 1, 8), merak::kSuccess);
+  EXPECT_EQ(device.GetStepTurret().SetDetectorOffset(1, 1, 8), merak::kSuccess);
   EXPECT_EQ(mInstrument.Take().back(), "Step_abs 158");
 }
 
@@ -295,10 +261,10 @@ TEST_F(MerakParts, AccessoryLinesAreBitsOfThePort) {
                                         {5, false},  {6, true},   {7, true},        {8, false},      {33, false},
                                         {34, false}, {-1, false}, {INT_MAX, false}, {INT_MIN, false}};
   for (const auto& [line, state] : lines) {
-    EXPECT_EQ(accessory->GetAccessoryState(line), state) << line;
+    EXPECT_EQ(accessory.GetAccessoryState(line), state) << line;
   }
   mInstrument.Take();
-  accessory->SetAccessory(3, true);
+  accessory.SetAccessory(3, true);
   EXPECT_EQ(mInstrument.Take(), Lines{}) << "not an output";
 }
 
@@ -307,25 +273,25 @@ TEST_F(MerakParts, AccessoryOutputsAreNotWrittenUnreadButTheClientsAreTold) {
     void OnStateChanged(TDeviceServer* /*server*/) override { ++changes; }
     int changes = 0;
   } client;
-  accessory->Connect(&client);
+  accessory.Connect(&client);
   mInstrument.values["PORT_INPUT"] = "no number";
-  EXPECT_EQ(ThrownBy([&] { accessory->SetAccessory(2, true); }), merak::kIoError);
+  EXPECT_EQ(ThrownBy([&] { accessory.SetAccessory(2, true); }), merak::kIoError);
   mInstrument.errors["PORT_INPUT"] = kRefusal;
-  EXPECT_EQ(ThrownBy([&] { accessory->SetAccessory(2, true); }), kRefused);
+  EXPECT_EQ(ThrownBy([&] { accessory.SetAccessory(2, true); }), kRefused);
   EXPECT_EQ(mInstrument.Take(), (Lines{"PORT_INPUT?", "PORT_INPUT?"}));
   EXPECT_EQ(client.changes, 2);
 }
 
 TEST_F(MerakParts, FilterLabelsAreTheRecordsWholeAndBounded) {
   std::array<char, 240> label{};
-  BusyLog log(*filter);
-  filter->SetFilterInfo(5, std::string(300, 'x').c_str());
+  BusyLog log(filter);
+  filter.SetFilterInfo(5, std::string(300, 'x').c_str());
   EXPECT_EQ(log.Take(), Lines{"idle"});
-  filter->GetFilterInfo(5, label.data(), 3);
+  filter.GetFilterInfo(5, label.data(), 3);
   EXPECT_EQ(label.data(), std::string(239, 'x'));
-  EXPECT_EQ(ThrownBy([&] { filter->SetFilterInfo(6, "x"); }), -1) << "there is no seventh";
-  Device().GetMerakOrbis().Close();
-  EXPECT_EQ(ThrownBy([&] { filter->GetFilterInfo(5, label.data(), 3); }), merak::kDeviceNotOpen);
+  EXPECT_EQ(ThrownBy([&] { filter.SetFilterInfo(6, "x"); }), -1) << "there is no seventh";
+  device.GetMerakOrbis().Close();
+  EXPECT_EQ(ThrownBy([&] { filter.GetFilterInfo(5, label.data(), 3); }), merak::kDeviceNotOpen);
 }
 
 }  // namespace
