@@ -112,6 +112,7 @@ TEST(CalibrationAlgorithm, ValidationNamesTheFirstBadArgument) {
       {Algorithm::kBadDetectorOffset, [](Inputs& in) { in.numberPixels = 0; }},
       {Algorithm::kBadDetectorOffset, [](Inputs& in) { in.detectorOffset = std::numeric_limits<int>::min(); }},
       {Algorithm::kBadDetectorOffset, [](Inputs& in) { in.detectorOffset = 512; }},
+      {Algorithm::kBadDetectorOffset, [](Inputs& in) { in.detectorOffset = -512; }},
       {Algorithm::kBadPixelWidth, [](Inputs& in) { in.pixelWidth = kBelowZeroLimit; }},
       {Algorithm::kBadPixelWidth, [](Inputs& in) { in.pixelWidth = 3.4028236e32F; }},
       {Algorithm::kBadPixelWidth, [](Inputs& in) { in.pixelWidth = kNaN; }},
