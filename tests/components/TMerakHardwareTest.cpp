@@ -70,9 +70,10 @@ TEST(TMerakHardware, HoldsAControllerThatIsNotOpen) {
 TEST(TMerakFactory, HasOneGratingWhichTheWavelengthsObserve) {
   Instrument instrument;
   TMerakFactory factory(instrument.Connect());
+  std::unique_ptr<ISpectrographGrating> grating;  // outlives the wavelength
   const auto wavelength = factory.CreateWavelength();
   ISpectrographGrating* const named = factory.CreateGrating();
-  const auto grating = factory.TakeGrating();
+  grating = factory.TakeGrating();
   EXPECT_EQ(grating.get(), named);
   EXPECT_EQ(factory.CreateGrating(), named);
   BusyLog log(*wavelength);
