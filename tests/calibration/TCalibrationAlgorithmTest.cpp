@@ -63,7 +63,8 @@ long double TrueWavelength(const Inputs& in, int pixel) {
   const long double spacing = 1e6L / static_cast<long double>(in.lines);
   const float metres = 1e-9F * in.centre;
   const long double theta = std::asin(static_cast<long double>(metres) * 1e9L / (2.0L * spacing * std::cos(delta)));
-  const long double h = pixel - (in.numberPixels / 2 + in.detectorOffset);
+  const int centrePixel = in.numberPixels / 2 + in.detectorOffset;
+  const long double h = pixel - centrePixel;
   const long double beta = std::atan2(std::cos(tau) * h, focalLength + std::sin(tau) * h);
   return spacing * (std::sin(theta + beta - delta) + std::sin(theta + delta));
 }
@@ -76,8 +77,8 @@ TEST(CalibrationAlgorithm, PixelsHaveTheirTrueWavelengths) {
       in.lines = lines;
       const double reach = 2e6 / lines * std::cos(in.angularDeviation * kPi / 180.0);
       // From where the whole detector is on one side of zero order.
-      for (double part = 0.05; part < 0.99; part += 0.01) {
-        in.centre = static_cast<float>(reach * part);
+      for (int percent = 5; percent < 99; ++percent) {
+        in.centre = static_cast<float>(reach * percent / 100.0);
         Constants fitted;
         ASSERT_EQ(Algorithm::kSuccess, in.Fit(fitted)) << lines << " lines/mm, " << in.centre << " nm";
         long double worst = 0.0L;
