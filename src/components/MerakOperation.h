@@ -46,7 +46,7 @@ template <typename Operation>
 void RunPaused(TCVNAcquisitionAborter& aborter, Operation operation) {
   MerakResult code = merak::kSuccess;
   {
-    const TAcquisitionPause pause(aborter);
+    const AcquisitionPause pause(aborter);
     code = operation();
   }
   ThrowOnFailure(code);
@@ -98,7 +98,7 @@ void ReadGratings(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, Read
 /// True when the controller's peripheral list covers the tag of a part. False, and nothing thrown, when the list cannot
 /// be had.
 inline bool ListCoversTag(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, std::string_view tag) {
-  const TAcquisitionPause pause(aborter);
+  const AcquisitionPause pause(aborter);
   return controller.CountPeripherals({tag}) != 0;
 }
 
@@ -106,15 +106,15 @@ inline bool ListCoversTag(TCVNAcquisitionAborter& aborter, TMerakOrbis& controll
 /// from being had.
 inline bool ReadListContainsText(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, std::string_view text) {
   bool listed = false;
-  RunPaused(aborter, [&] { return controller.ListsPeripheral(text, listed); });
+  RunPaused(aborter, [&] { return controller.FindInPeripheralNames(text, listed); });
   return listed;
 }
 
 /// The same; false, and nothing thrown, when the list cannot be had.
 inline bool ListContainsText(TCVNAcquisitionAborter& aborter, TMerakOrbis& controller, std::string_view text) {
-  const TAcquisitionPause pause(aborter);
+  const AcquisitionPause pause(aborter);
   bool listed = false;
-  return controller.ListsPeripheral(text, listed) == merak::kSuccess && listed;
+  return controller.FindInPeripheralNames(text, listed) == merak::kSuccess && listed;
 }
 
 /// Throws what an operation on a part that is not fitted is answered with.

@@ -20,7 +20,7 @@ MerakResult ReadPort(TMerakOrbis& controller, int& state) {
 }  // namespace
 
 bool TCorvaneMerakAccessory::IsPresent() {
-  const TAcquisitionPause pause(mAborter);
+  const corvane::AcquisitionPause pause(mAborter);
   TMerakOrbis::SystemInfo info;
   mController.GetSystemInfoEx(info);
   return info.model.find("SX") == std::string::npos;

@@ -41,7 +41,7 @@ void TCorvaneMerakGrating::Reset() {
 }
 
 void TCorvaneMerakGrating::UnsafeReset() {
-  const TAcquisitionPause pause(mAborter);
+  const corvane::AcquisitionPause pause(mAborter);
   Reset();
 }
 

@@ -59,6 +59,6 @@ void TCorvaneMerakSlit::Reset() {
 }
 
 void TCorvaneMerakSlit::UnsafeReset() {
-  const TAcquisitionPause pause(mAborter);
+  const corvane::AcquisitionPause pause(mAborter);
   Reset();
 }

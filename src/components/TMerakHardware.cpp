@@ -48,8 +48,8 @@ void TMerakHardware::CreateComponents(TMerakFactory& factory) {
 
 void TMerakHardware::ReadSystemInfo() {
   mController->GetSystemInfoEx(mSystemInfo);
-  const std::size_t length = std::min(mSystemInfo.third.size(), mSerial.size() - 1);
-  std::copy_n(mSystemInfo.third.begin(), length, mSerial.begin());
+  const std::size_t length = std::min(mSystemInfo.serialNumber.size(), mSerial.size() - 1);
+  std::copy_n(mSystemInfo.serialNumber.begin(), length, mSerial.begin());
 }
 
 TSpectrographDevice* TMerakHardware::GetSpectrographDevice() const {

@@ -14,19 +14,19 @@ void SetControllerProducts() {
   }
 }
 
-BridgeList ReadBridgeList(std::vector<FT_DEVICE_LIST_INFO_NODE>& nodes) {
+ListReading ReadBridgeList(std::vector<FT_DEVICE_LIST_INFO_NODE>& nodes) {
   nodes.clear();
   DWORD count = 0;
   if (FT_CreateDeviceInfoList(&count) != FT_OK) {
-    return BridgeList::kNoList;
+    return ListReading::kNoList;
   }
   nodes.resize(count);
   if (FT_GetDeviceInfoList(nodes.data(), &count) != FT_OK) {
     nodes.clear();
-    return BridgeList::kNoNodes;
+    return ListReading::kNoNodes;
   }
   nodes.resize(std::min<std::size_t>(count, nodes.size()));
-  return BridgeList::kRead;
+  return ListReading::kRead;
 }
 
 }  // namespace corvane

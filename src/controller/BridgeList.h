@@ -25,9 +25,10 @@ UsbProduct ProductOf(const FT_DEVICE_LIST_INFO_NODE& node);
 /// kMakersBridge, stays in force; the two calls before it are made all the same.
 void SetControllerProducts();
 
-/// kNoList: the bridge could not make its list. kNoNodes: it made one but did not hand it out; nodes is empty then.
-enum class BridgeList { kRead, kNoList, kNoNodes };
+/// How a reading of the list ended. kNoList: the bridge could not make its list. kNoNodes: it made one but did not hand
+/// it out; nodes is empty then.
+enum class ListReading { kRead, kNoList, kNoNodes };
 /// Reads the list. This opens and closes every bridge that is free.
-BridgeList ReadBridgeList(std::vector<FT_DEVICE_LIST_INFO_NODE>& nodes);
+ListReading ReadBridgeList(std::vector<FT_DEVICE_LIST_INFO_NODE>& nodes);
 
 }  // namespace corvane

@@ -4,10 +4,11 @@
 
 #include <memory>
 
-class IMerakEepromAccess;
 class TTivanMerakEeprom;
 
 namespace corvane {
+
+class IMerakEepromAccess;
 
 /// A record for a model of this TMerakOrbis::SystemType; null for a type without one. The access is borrowed and must
 /// outlive the record. Nothing is read yet.

@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr char kCarriageReturn = '\r';
 constexpr std::string_view kOk = "OK";
 constexpr std::string_view kLongErrorMark = "Tivan_E";
 constexpr std::size_t kShortErrorLength = 3;
@@ -73,7 +72,7 @@ MerakResult TMerakControl::WriteString(const std::string& line) {
   return TranslateError(Write(line.data(), static_cast<unsigned int>(line.size()), &written));
 }
 
-MerakResult TMerakControl::GetResponse(std::string& text, TReplyWatch& watch) {
+MerakResult TMerakControl::GetResponse(std::string& text, corvane::ReplyWatch& watch) {
   text.clear();
   for (;;) {
     if (const MerakResult result = ReadAndAppendString(text, watch); result != merak::kSuccess) {
@@ -100,11 +99,11 @@ MerakResult TMerakControl::ReadChar(char& c, bool& brought) {
   unsigned int received = 0;
   const Status status = Read(&c, 1, &received);
   // The I2C transport counts the characters before a carriage return, so it delivers one with a count of 0.
-  brought = received > 0 || c == kCarriageReturn;
+  brought = received > 0 || c == kLineEnd;
   return TranslateError(status);
 }
 
-MerakResult TMerakControl::ReadString(std::string& line, TReplyWatch& watch) {
+MerakResult TMerakControl::ReadString(std::string& line, corvane::ReplyWatch& watch) {
   line.clear();
   watch.LineBegins();
   char c = 0;
@@ -116,10 +115,10 @@ MerakResult TMerakControl::ReadString(std::string& line, TReplyWatch& watch) {
     if (!watch.GoOn(brought)) {
       return merak::kIoError;
     }
-    if (c == kCarriageReturn) {
+    if (c == kLineEnd) {
       return merak::kSuccess;
     }
-    if (line.size() == TReplyWatch::kMaxLength) {
+    if (line.size() == corvane::ReplyWatch::kMaxLength) {
       watch.GiveUp();
       return merak::kIoError;
     }
@@ -129,13 +128,13 @@ MerakResult TMerakControl::ReadString(std::string& line, TReplyWatch& watch) {
   }
 }
 
-MerakResult TMerakControl::ReadAndAppendString(std::string& text, TReplyWatch& watch) {
+MerakResult TMerakControl::ReadAndAppendString(std::string& text, corvane::ReplyWatch& watch) {
   std::string line;
   const MerakResult result = ReadString(line, watch);
   if (result != merak::kSuccess) {
     return result;
   }
-  if (line.size() > TReplyWatch::kMaxLength - text.size()) {
+  if (line.size() > corvane::ReplyWatch::kMaxLength - text.size()) {
     watch.GiveUp();
     return merak::kIoError;
   }

@@ -13,10 +13,7 @@ namespace {
 constexpr unsigned char kControllerAddress = 0x58;
 /// First byte of a burst: the bytes behind it are the controller's output.
 constexpr unsigned char kDataFollows = 0xB1;
-constexpr unsigned char kCarriageReturn = 0x0D;
 constexpr unsigned int kProbeLength = 15;
-/// A controller that never ends its line must not hold the caller.
-constexpr int kMaxCleared = 65536;
 
 bool Succeeded(unsigned int busStatus) {
   return busStatus == corvane::kTivanSuccess || busStatus == 0;
@@ -88,7 +85,7 @@ TMerakControl::Status TMerakControlI2C::Receive(unsigned char* buffer, unsigned 
   }
   const unsigned char* data = frame + 1;
   std::copy_n(data, count, buffer);
-  received = static_cast<unsigned int>(std::find(data, data + count, kCarriageReturn) - data);
+  received = static_cast<unsigned int>(std::find(data, data + count, kLineEnd) - data);
   return FT_OK;
 }
 
@@ -103,7 +100,8 @@ TMerakControl::Status TMerakControlI2C::Transmit(const unsigned char* data, unsi
 void TMerakControlI2C::ClearReceiveBuffer() {
   unsigned char c = 0;
   unsigned int received = 0;
-  for (int i = 0; i < kMaxCleared && c != kCarriageReturn; ++i) {
+  // A controller that never ends its line must not hold the caller.
+  for (std::size_t i = 0; i < corvane::ReplyWatch::kMaxLength && c != kLineEnd; ++i) {
     if (Receive(&c, 1, received) != FT_OK) {
       return;
     }

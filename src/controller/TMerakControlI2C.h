@@ -8,7 +8,7 @@ class TI2CInterface;
 
 class TMerakControlI2C final : public TMerakControl {
  public:
-  /// The bus is borrowed and may be null; without it every transfer gives 4.
+  /// The bus is borrowed and may be null; without it every transfer gives FT_IO_ERROR.
   explicit TMerakControlI2C(TI2CInterface* i2c) : mI2C(i2c) {}
 
   /// Asks the bus for 15 bytes; true when a controller answers that data follows.
@@ -17,7 +17,7 @@ class TMerakControlI2C final : public TMerakControl {
   Status Open(int index) override;
   Status Close() override;
   /// count bytes of the controller's output. received: the bytes before the first carriage return, which is stored all
-  /// the same. 4, leaving the buffer alone, when the bus fails or the controller has nothing.
+  /// the same. FT_IO_ERROR, leaving the buffer alone, when the bus fails or the controller has nothing.
   Status Read(void* buffer, unsigned int count, unsigned int* received) override;
   /// Discards what is left of an earlier reply, then sends the bytes in one burst.
   Status Write(const void* buffer, unsigned int count, unsigned int* written) override;

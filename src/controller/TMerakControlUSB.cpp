@@ -50,7 +50,7 @@ TMerakControl::Status TMerakControlUSB::Purge(unsigned int mask) {
 
 int TMerakControlUSB::GetDeviceIndex() {
   std::vector<FT_DEVICE_LIST_INFO_NODE> nodes;
-  if (corvane::ReadBridgeList(nodes) == corvane::BridgeList::kNoList) {
+  if (corvane::ReadBridgeList(nodes) == corvane::ListReading::kNoList) {
     return -2;
   }
   int found = -1;

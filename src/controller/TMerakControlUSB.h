@@ -14,11 +14,11 @@ class TMerakControlUSB final : public TMerakControl {
 
   bool IsAvailable() override { return mAvailable; }
   Status ListDevices(void* arg1, void* arg2, unsigned int flags) override;
-  /// 1 when no handle came back, whatever the bridge's status was.
+  /// FT_INVALID_HANDLE when no handle came back, whatever the bridge's status was.
   Status Open(int index) override;
-  /// Always 0; closing a closed transport does nothing.
+  /// Always FT_OK; closing a closed transport does nothing.
   Status Close() override;
-  /// 4 when received is null, whatever came.
+  /// FT_IO_ERROR when received is null, whatever came.
   Status Read(void* buffer, unsigned int count, unsigned int* received) override;
   Status Write(const void* buffer, unsigned int count, unsigned int* written) override;
   Status SetTimeouts(unsigned int readTimeoutMs, unsigned int writeTimeoutMs) override;

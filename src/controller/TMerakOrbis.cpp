@@ -5,11 +5,12 @@
 #include <optional>
 
 #include "controller/MerakEepromFactory.h"
+#include "controller/MerakWords.h"
 #include "controller/ReplyText.h"
 #include "controller/TMerakControlI2C.h"
-#include "controller/TMerakEepromAccess.h"
 #include "controller/TMerakOrbisCom.h"
-#include "eeprom/TTivanMerakEeprom.h"
+
+namespace words = corvane::words;
 
 namespace {
 
@@ -48,16 +49,16 @@ void CopyField(const std::string& field, char* out) {
 
 }  // namespace
 
-TMerakOrbis::TMerakOrbis(TI2CInterface* i2c) : mI2C(i2c), mEepromAccess(std::make_unique<TMerakEepromAccess>(*this)) {
+TMerakOrbis::TMerakOrbis(TI2CInterface* i2c) : mI2C(i2c) {
 }
 
 TMerakOrbis::~TMerakOrbis() {
   try {
     Close();
   } catch (...) {
-    // Out of memory on the way out: the members still let go of the device.
-    DropConnection();
+    // Out of memory on the way out: what is left lets go of the device all the same.
   }
+  DropConnection();
 }
 
 MerakResult TMerakOrbis::GetDeviceCount(int& count) {
@@ -96,12 +97,12 @@ MerakResult TMerakOrbis::DoOpen(int index, bool shortTimeouts) {
     mCache.EnableCache(eCachePeripherals, true, kNeverExpires);
     mCache.EnableCache(eCacheGratings, true, kGratingsLifetimeMs);
   }
-  mEeprom = corvane::CreateMerakEeprom(mSystemType, *mEepromAccess);
+  mRecord = corvane::CreateMerakEeprom(mSystemType, *this);
   return mSystemType == kTypeUnknown ? merak::kUnknownError : merak::kSuccess;
 }
 
 void TMerakOrbis::DropConnection() {
-  mEeprom.reset();
+  mRecord.reset();
   mCom.reset();
 }
 
@@ -114,12 +115,12 @@ MerakResult TMerakOrbis::Close() {
     return merak::kDeviceNotOpen;
   }
   mCom->HurryIfSilent();
-  if (mEeprom != nullptr) {
-    mEeprom->WriteIfDirty();
+  if (mRecord != nullptr) {
+    mRecord->WriteIfDirty();
   }
   if (mSystemType == kTypeSx) {
     mCom->HurryIfSilent();
-    Command("GOODBYE");
+    Command(words::kFarewell);
   }
   const MerakResult result = TranslateError(mCom->Close());
   if (result == merak::kSuccess) {
@@ -158,7 +159,7 @@ const char* TMerakOrbis::GetErrorString(int code) {
 }
 
 MerakResult TMerakOrbis::GetSystemInfo(std::string& text) {
-  return Query("SYSTEMINFO", {}, text);
+  return Query(words::kSystemInfo, {}, text);
 }
 
 MerakResult TMerakOrbis::GetSystemInfoEx(SystemInfo& info) {
@@ -169,7 +170,7 @@ MerakResult TMerakOrbis::GetSystemInfoEx(SystemInfo& info) {
     return result;
   }
   corvane::ReplyTokens tokens(text, kFieldDelimiters);
-  for (std::string* field : {&info.manufacturer, &info.model, &info.third, &info.fourth, &info.firmware}) {
+  for (std::string* field : {&info.manufacturer, &info.model, &info.serialNumber, &info.fourth, &info.firmware}) {
     *field = tokens.Next().value_or("");
   }
   if (info.firmware.starts_with('V')) {
@@ -183,7 +184,7 @@ MerakResult TMerakOrbis::GetSystemInfoEx(char* manufacturer, char* model, char* 
   const MerakResult result = GetSystemInfoEx(info);
   CopyField(info.manufacturer, manufacturer);
   CopyField(info.model, model);
-  CopyField(info.third, third);
+  CopyField(info.serialNumber, third);
   CopyField(info.fourth, fourth);
   CopyField(info.firmware, firmware);
   return result;
@@ -197,7 +198,7 @@ MerakResult TMerakOrbis::GetRawGratings(std::string& text) {
     text = std::move(cached);
     return merak::kSuccess;
   }
-  const MerakResult result = Query("GRATINGS", {}, text);
+  const MerakResult result = Query(words::kGratings, {}, text);
   if (result == merak::kSuccess) {
     mCache.SetCacheValue(eCacheGratings, text);
   }
@@ -205,7 +206,7 @@ MerakResult TMerakOrbis::GetRawGratings(std::string& text) {
 }
 
 MerakResult TMerakOrbis::GetGratings(std::vector<float>& lines, std::vector<std::string>& blazes) {
-  if (mEeprom == nullptr) {
+  if (mRecord == nullptr) {
     return merak::kDeviceNotOpen;
   }
   std::string text;
@@ -216,7 +217,7 @@ MerakResult TMerakOrbis::GetGratings(std::vector<float>& lines, std::vector<std:
   blazes.clear();
   corvane::ReplyTokens tokens(text, kFieldDelimiters);
   tokens.Next();
-  for (int i = 0; i < mEeprom->GetMaxNoGratings(); ++i) {
+  for (int i = 0; i < mRecord->GetMaxNoGratings(); ++i) {
     lines.push_back(corvane::FloatOf(tokens.Next()));
     blazes.emplace_back(tokens.Next().value_or(""));
     tokens.Next();
@@ -227,7 +228,7 @@ MerakResult TMerakOrbis::GetGratings(std::vector<float>& lines, std::vector<std:
 MerakResult TMerakOrbis::GetEepromInfo(std::array<int, kInfoGroups>& first, std::array<float, kInfoGroups>& second,
                                        std::array<int, kInfoGroups>& third) {
   std::string text;
-  if (const MerakResult result = Query("EEPROMINFO", {}, text); result != merak::kSuccess) {
+  if (const MerakResult result = Query(words::kEepromInfo, {}, text); result != merak::kSuccess) {
     return result;
   }
   corvane::ReplyTokens tokens(text, kFieldDelimiters);
@@ -264,7 +265,7 @@ MerakResult TMerakOrbis::GetPeripherals(PeripheralName* names, int& count) {
   }
   std::string text = mCache.GetCacheValue(eCachePeripherals);
   if (text.empty()) {
-    if (const MerakResult result = Query("PERIPHERAL", {}, text); result != merak::kSuccess) {
+    if (const MerakResult result = Query(words::kPeripheral, {}, text); result != merak::kSuccess) {
       return result;
     }
     mCache.SetCacheValue(eCachePeripherals, text);
@@ -293,35 +294,35 @@ MerakResult TMerakOrbis::SetPeripherals(const std::vector<std::string>& names) {
     joined += (joined.empty() ? "" : ",") + name;
   }
   mCache.SetCacheValue(eCachePeripherals, joined);
-  return Command("PERIPHERAL", joined);
+  return Command(words::kPeripheral, joined);
 }
 
-MerakResult TMerakOrbis::ListPeripherals(std::vector<std::string>& texts) {
-  std::array<PeripheralName, kMaxPeripherals> names{};
-  int listed = kMaxPeripherals;
-  if (const MerakResult result = GetPeripherals(names.data(), listed); result != merak::kSuccess) {
+MerakResult TMerakOrbis::ReadPeripheralNames(std::vector<std::string>& names) {
+  std::array<PeripheralName, kMaxPeripherals> listed{};
+  int count = kMaxPeripherals;
+  if (const MerakResult result = GetPeripherals(listed.data(), count); result != merak::kSuccess) {
     return result;
   }
-  texts.resize(static_cast<std::size_t>(listed));
-  std::transform(names.begin(), names.begin() + listed, texts.begin(), PeripheralText);
+  names.resize(static_cast<std::size_t>(count));
+  std::transform(listed.begin(), listed.begin() + count, names.begin(), PeripheralText);
   return merak::kSuccess;
 }
 
 int TMerakOrbis::CountPeripherals(std::initializer_list<std::string_view> wanted) {
-  std::vector<std::string> listed;
-  ListPeripherals(listed);
-  const auto covered = [&listed](std::string_view tag) {
-    return std::any_of(listed.begin(), listed.end(),
+  std::vector<std::string> names;
+  ReadPeripheralNames(names);
+  const auto covered = [&names](std::string_view tag) {
+    return std::any_of(names.begin(), names.end(),
                        [tag](const std::string& name) { return tag.find(name) != std::string_view::npos; });
   };
   return static_cast<int>(std::count_if(wanted.begin(), wanted.end(), covered));
 }
 
-MerakResult TMerakOrbis::ListsPeripheral(std::string_view text, bool& listed) {
+MerakResult TMerakOrbis::FindInPeripheralNames(std::string_view text, bool& found) {
   std::vector<std::string> names;
-  const MerakResult result = ListPeripherals(names);
-  listed = std::any_of(names.begin(), names.end(),
-                       [text](const std::string& name) { return name.find(text) != std::string::npos; });
+  const MerakResult result = ReadPeripheralNames(names);
+  found = std::any_of(names.begin(), names.end(),
+                      [text](const std::string& name) { return name.find(text) != std::string::npos; });
   return result;
 }
 

@@ -1,10 +1,10 @@
 // One motion controller: opens it, finds out the instrument's model, keeps the instrument's EEPROM record and offers
-// one operation per command word. The components of controller instruments and the EEPROM record use it; none of them
-// builds a command line. It takes no locks: callers serialise the calls of one controller.
+// one operation per command word (MerakWords.h). The components of controller instruments and the EEPROM record use
+// it; none of them builds a command line. It takes no locks: callers serialise the calls of one controller.
 //
-// Results are controller codes (controller/MerakResult.h), 0 success. While the controller is not open every operation
-// answers 3 and sends nothing, except where its comment says otherwise. A reply whose value cannot be read leaves the
-// output as it was. An output that has no reply to come from (a failed query) is left as it was.
+// Results are controller codes (core/MerakResult.h). While the controller is not open every operation answers
+// kDeviceNotOpen and sends nothing, except where its comment says otherwise. A reply whose value cannot be read leaves
+// the output as it was, and so does a failed query.
 #pragma once
 
 #include <array>
@@ -14,23 +14,25 @@
 #include <string_view>
 #include <vector>
 
+#include "controller/MerakRecordOperations.h"
 #include "controller/TMerakOrbisCache.h"
 #include "core/MerakResult.h"
+#include "eeprom/IMerakEepromAccess.h"
 
-class IMerakEepromAccess;
 class TI2CInterface;
 class TMerakOrbisCom;
-class TTivanMerakEeprom;
 
-class TMerakOrbis {
+/// The operations on the EEPROM record are those of MerakRecordOperations. The record in turn knows its controller as
+/// IMerakEepromAccess alone.
+class TMerakOrbis : public corvane::MerakRecordOperations, private corvane::IMerakEepromAccess {
  public:
   /// The five fields of the controller's system information, in the order of the reply.
   struct SystemInfo {
     std::string manufacturer;
     /// Holds the model code: "LX", "MX", "SX", ...
     std::string model;
-    /// The instrument's serial number.
-    std::string third;
+    std::string serialNumber;
+    /// Passed on; nothing in this library reads it.
     std::string fourth;
     /// "V" and a number.
     std::string firmware;
@@ -56,7 +58,7 @@ class TMerakOrbis {
   /// The bus is borrowed and may be null; it must outlive this object.
   explicit TMerakOrbis(TI2CInterface* i2c);
   /// Closes the controller. What Close could not release is dropped.
-  virtual ~TMerakOrbis();
+  ~TMerakOrbis() override;
   TMerakOrbis(const TMerakOrbis&) = delete;
   TMerakOrbis& operator=(const TMerakOrbis&) = delete;
 
@@ -69,9 +71,9 @@ class TMerakOrbis {
   virtual bool ProbeI2C();
   /// Opens the controller (index 0: the one on the I2C bus when there is one, else the first bridge; other indices: the
   /// bridge at that place of the bridge's list) and identifies its model. What was open before is dropped without a
-  /// flush of the EEPROM record. The time-outs are the long ones (100 s read, 1 s write). Result 1: the controller
-  /// answers but could not be identified; it stays open, without an EEPROM record. Result 0 does not promise an open
-  /// controller: one that does not answer the greeting is closed again and 0 is returned all the same; ask IsOpen.
+  /// flush of the EEPROM record. The time-outs are the long ones (100 s read, 1 s write). kUnknownError: the controller
+  /// answers but could not be identified; it stays open, without an EEPROM record. kSuccess does not promise an open
+  /// controller: one that does not answer the greeting is closed again with it all the same; ask IsOpen.
   virtual MerakResult Open(int index);
   /// The same with the short time-outs (100 ms each), for probing: a silent device costs about two seconds, one
   /// that talks without end about ten.
@@ -87,10 +89,10 @@ class TMerakOrbis {
   void SetTrace(bool trace);
   /// True when the most recent exchange ended without a complete reply (silence, or text without end): each further
   /// one would cost another time-out. False again after the next reply. Usable while closed: false.
-  bool IsSilent() const;
+  bool IsSilent() const override;
 
-  /// Asks the controller for its system information and derives the type; 0 when that fails. The type found at open
-  /// stays what it was.
+  /// Asks the controller for its system information and derives the type; kTypeUnknown when that fails. The type found
+  /// at open stays what it was.
   int GetSystemType();
   /// The text of a result code; "Unknown Error" for a code without one. Usable while closed.
   static const char* GetErrorString(int code);
@@ -110,14 +112,14 @@ class TMerakOrbis {
   // Wavelength, gratings, turret.
 
   /// "POSITION": centre wavelength in nm.
-  MerakResult Position(float& wavelength);
+  MerakResult Position(float& wavelength) override;
   /// "MOVETO" with four decimals, nm.
   MerakResult MoveTo(float wavelength);
   /// "GRATINGHOME".
   MerakResult GratingHome();
   /// "POSITION", then "MOVETO" the wavelength just read. A failed read is returned without a move, and a reply that
-  /// holds no wavelength gives 4.
-  MerakResult ResetPosition();
+  /// holds no wavelength gives kIoError.
+  MerakResult ResetPosition() override;
   /// "GRATING" query, 1-based; answered without an exchange while a grating is remembered. The memory outlives close.
   MerakResult GetGrating(int& grating);
   /// "GRATING" command, 1-based; on success the grating is remembered.
@@ -129,14 +131,15 @@ class TMerakOrbis {
   MerakResult GetTotalSteps(unsigned long& steps);
   /// "GRATINGS": the list as the controller prints it; cached for 3 s where the cache is on (type 2), over a
   /// change of the turret as well.
-  MerakResult GetRawGratings(std::string& text);
+  MerakResult GetRawGratings(std::string& text) override;
   /// The same list split up: lines per mm and blaze text for each grating the EEPROM record has room for
-  /// (GetMaxNoGratings); 0 and "" where the list is short. 3 without an EEPROM record.
-  MerakResult GetGratings(std::vector<float>& lines, std::vector<std::string>& blazes);
+  /// (GetMaxNoGratings); 0 and "" where the list is short. kDeviceNotOpen without an EEPROM record.
+  MerakResult GetGratings(std::vector<float>& lines, std::vector<std::string>& blazes) override;
   /// "TURRET", 1-based as the controller counts.
-  MerakResult GetTurret(int& turret);
-  MerakResult SetTurret(int turret);
-  /// "EEPROMINFO": three groups of three values. 8 when the reply is short; what was read until then is stored.
+  MerakResult GetTurret(int& turret) override;
+  MerakResult SetTurret(int turret) override;
+  /// "EEPROMINFO": three groups of three values. kEepromError when the reply is short; what was read until then is
+  /// stored.
   MerakResult GetEepromInfo(std::array<int, kInfoGroups>& first, std::array<float, kInfoGroups>& second,
                             std::array<int, kInfoGroups>& third);
 
@@ -159,8 +162,8 @@ class TMerakOrbis {
   /// How many of the wanted tags are covered by the peripheral list: a tag counts once when any listed name occurs
   /// inside it, so a listed "SI" covers both "SI1" and "SI2". 0 when the list cannot be had.
   int CountPeripherals(std::initializer_list<std::string_view> wanted);
-  /// listed: any name in the peripheral list contains this text.
-  MerakResult ListsPeripheral(std::string_view text, bool& listed);
+  /// The other way round: found when the text occurs inside any listed name.
+  MerakResult FindInPeripheralNames(std::string_view text, bool& found);
   /// Motorised input slits ("SI1", "SI2") and output slits ("SO1", "SO2") in the peripheral list.
   int GetInputSlitCount();
   int GetOutputSlitCount();
@@ -191,8 +194,8 @@ class TMerakOrbis {
 
   // Slits, 1 to 4 as the controller counts, widths in micrometres.
 
-  /// "SLIT_MODE"; 9 without an exchange on firmware below 2.7. The mode read is the first word of the reply, at most
-  /// kMaxSlitModeLength characters.
+  /// "SLIT_MODE"; kNotSupported without an exchange on firmware below 2.7. The mode read is the first word of the
+  /// reply, at most kMaxSlitModeLength characters.
   MerakResult GetSlitMode(int slit, std::string& mode);
   MerakResult SetSlitMode(int slit, const std::string& mode);
   /// "SLIT_WIDTH".
@@ -215,16 +218,16 @@ class TMerakOrbis {
   /// One raw line; the whole reply with a carriage return appended, also when the reply was an error.
   MerakResult RawCommand(const std::string& text, std::string& reply);
   /// "CONFIG_SYSTEM_DATA": one numbered text parameter (type 2).
-  MerakResult GetConfigSystemData(int index, std::string& value);
-  MerakResult SetConfigSystemData(int index, const std::string& value);
+  MerakResult GetConfigSystemData(int index, std::string& value) override;
+  MerakResult SetConfigSystemData(int index, const std::string& value) override;
 
   // The byte-addressed EEPROM, addresses from 1, one "SAVEINFO" exchange a byte.
 
-  /// A reply without a number gives 0.
+  /// A reply without a number gives the value 0.
   MerakResult GetSaveInfo(int address, int& value);
   MerakResult SaveInfo(int address, int value);
-  MerakResult ReadEepromByte(int address, unsigned char& value);
-  MerakResult WriteEepromByte(int address, unsigned char value);
+  MerakResult ReadEepromByte(int address, unsigned char& value) override;
+  MerakResult WriteEepromByte(int address, unsigned char value) override;
   /// Four bytes, least significant first, ending at the first failing byte. An int takes each byte as it arrives, the
   /// failing one as the previous one was; a float is stored only when all four arrived.
   MerakResult ReadEepromInt32(int address, int& value);
@@ -234,77 +237,6 @@ class TMerakOrbis {
   /// Splits "major.minor"; a missing or empty part leaves its output as it was (start both at 0). Usable while closed.
   static void GetEepromStructureVersion(const std::string& text, int* major, int* minor);
 
-  // The instrument's EEPROM record (eeprom/TTivanMerakEeprom.h), forwarded under the record's own names. Turrets,
-  // gratings and filters count from 0. While there is no record (closed, or a model without one) text getters answer
-  // "", numeric getters 0, and setters and transfers 3. A setter given an index outside its table passes on the
-  // record's -1 (0xFFFFFFFF).
-
-  /// True while there is a record.
-  bool HasEepromRecord() const { return mEeprom != nullptr; }
-  MerakResult ReadEeprom();
-  MerakResult WriteEeprom();
-  MerakResult WriteOpticalParamsToEEPROM(float focalLength, float angularDeviation, float focalTilt);
-  MerakResult ReadOpticalParamsFromEEPROM(float* focalLength, float* angularDeviation, float* focalTilt);
-
-  std::string GetIDString() const;
-  MerakResult SetIDString(const std::string& text);
-  std::string GetStructureVersion() const;
-  MerakResult SetStructureVersion(const std::string& text);
-  std::string GetSerialNumber() const;
-  MerakResult SetSerialNumber(const std::string& text);
-  std::string GetManufactureDate() const;
-  MerakResult SetManufactureDate(const std::string& text);
-  std::string GetModifiedDate() const;
-
-  float GetFocalLength() const;
-  MerakResult SetFocalLength(float value);
-  float GetAngularDev() const;
-  MerakResult SetAngularDev(float value);
-  float GetPlaneTilt() const;
-  MerakResult SetPlaneTilt(float value);
-  float GetWaveToStepsCoeff(int index) const;
-  MerakResult SetWaveToStepsCoeff(int index, float value);
-  float GetSinAmplitude() const;
-  MerakResult SetSinAmplitude(float value);
-  float GetSinPhase() const;
-  MerakResult SetSinPhase(float value);
-  float GetSinFrequency() const;
-  MerakResult SetSinFrequency(float value);
-  unsigned char GetWaveToStepsEnable() const;
-  MerakResult SetWaveToStepsEnable(unsigned char enable);
-  /// nm; from the record or, where the record keeps none, from the controller.
-  float GetCurrentWavelength();
-  MerakResult SetCurrentWavelength(float wavelength);
-
-  int GetGratingOffset(int turret, int grating) const;
-  MerakResult SetGratingOffset(int turret, int grating, int offset);
-  int GetGratingStart(int turret, int grating) const;
-  MerakResult SetGratingStart(int turret, int grating, int start);
-  int GetDetectorOffset(int entrance, int exit) const;
-  MerakResult SetDetectorOffset(int entrance, int exit, int offset);
-  float GetGratingLines(int turret, int grating) const;
-  MerakResult SetGratingLines(int turret, int grating, float lines);
-  std::string GetGratingBlaze(int turret, int grating) const;
-  MerakResult SetGratingBlaze(int turret, int grating, const std::string& blaze);
-  std::string GetFilterString(int filter) const;
-  MerakResult SetFilterString(int filter, const std::string& text);
-  int GetNoOfGratings(int turret) const;
-  MerakResult SetNoOfGratings(int turret, int count);
-  int GetNoOfTurrets() const;
-  MerakResult SetNoOfTurrets(int count);
-  int GetActiveTurret() const;
-  /// -1 (0xFFFFFFFF) for a turret outside 0 to 2, changing nothing.
-  MerakResult SetActiveTurret(int turret);
-  /// Has the answers of the following four at hand, for a record that asks the controller for some of them: 0, or why
-  /// it cannot; 3 without a record.
-  MerakResult LoadActiveTurretGratings();
-  int GetActiveTurretNoOfGratings();
-  std::string GetActiveTurretGratingBlaze(int grating);
-  float GetActiveTurretGratingLines(int grating);
-  int GetActiveTurretGratingStart(int grating);
-  int GetActiveTurretGratingOffset(int grating);
-  MerakResult SetActiveTurretGratingOffset(int grating, int offset);
-
  protected:
   /// Drops connection and record without a flush or farewell.
   void DropConnection();
@@ -312,12 +244,12 @@ class TMerakOrbis {
 
  private:
   MerakResult DoOpen(int index, bool shortTimeouts);
-  /// One exchange; results are translated, closed gives 3. A query stores a value only when it succeeds.
+  /// One exchange; results are translated, closed gives kDeviceNotOpen. A query stores a value only when it succeeds.
   MerakResult Command(const char* word, const std::string& params = {});
   MerakResult Query(const char* word, const std::string& params, std::string& value);
   MerakResult QueryInt(const char* word, const std::string& params, int& value);
   bool SlitModeSupported() const;
-  MerakResult ListPeripherals(std::vector<std::string>& texts);
+  MerakResult ReadPeripheralNames(std::vector<std::string>& names);
 
   int mSystemType = kTypeUnknown;
   bool mTrace = false;
@@ -326,9 +258,6 @@ class TMerakOrbis {
   float mFirmwareVersion = 0.0F;
   int mGrating = kNoGrating;
   TI2CInterface* mI2C;
-  /// What the record sees of this controller; outlives the record.
-  std::unique_ptr<IMerakEepromAccess> mEepromAccess;
-  std::unique_ptr<TTivanMerakEeprom> mEeprom;
 
   static constexpr int kNoGrating = -1;
 };

@@ -4,6 +4,7 @@
 #include <locale>
 #include <string_view>
 
+#include "controller/MerakWords.h"
 #include "controller/TMerakControlI2C.h"
 #include "controller/TMerakControlUSB.h"
 #include "platform/DebugOutput.h"
@@ -11,8 +12,10 @@
 
 namespace {
 
-constexpr const char* kGreeting = "Hello";
-constexpr char kLineEnd = '\r';
+using corvane::ReplyWatch;
+using corvane::words::kGreeting;
+
+constexpr char kLineEnd = TMerakControl::kLineEnd;
 constexpr int kEchoAttempts = 3;
 
 struct Timeouts {
@@ -23,8 +26,8 @@ constexpr Timeouts kShortTimeouts{100, 100};
 // A grating change or a home run may take long before its "OK".
 constexpr Timeouts kLongTimeouts{100'000, 1'000};
 
-const Timeouts& TimeoutsOf(TReplyWatch::Patience patience) {
-  return patience == TReplyWatch::Patience::kShort ? kShortTimeouts : kLongTimeouts;
+const Timeouts& TimeoutsOf(ReplyWatch::Patience patience) {
+  return patience == ReplyWatch::Patience::kShort ? kShortTimeouts : kLongTimeouts;
 }
 
 // Neither mask has a bit that the bridge acts on: buffers stay as they are, and the echo test drops stale lines.
@@ -48,7 +51,7 @@ TMerakOrbisCom::~TMerakOrbisCom() {
 MerakResult TMerakOrbisCom::Open(int index, bool shortTimeouts) {
   mTransport.reset();
   mSilent = false;
-  mPatience = shortTimeouts ? TReplyWatch::Patience::kShort : TReplyWatch::Patience::kLong;
+  mPatience = shortTimeouts ? ReplyWatch::Patience::kShort : ReplyWatch::Patience::kLong;
   if (index == 0) {
     auto i2c = std::make_unique<TMerakControlI2C>(mI2C);
     if (i2c->IsAvailable()) {
@@ -61,7 +64,7 @@ MerakResult TMerakOrbisCom::Open(int index, bool shortTimeouts) {
   if (!usb->IsAvailable()) {
     return merak::kUnknownError;
   }
-  if (const TMerakControl::Status status = usb->Open(index); status != 0) {
+  if (const TMerakControl::Status status = usb->Open(index); status != FT_OK) {
     Trace("OPN- Err : " + std::to_string(status));
     return TMerakControl::TranslateError(status);
   }
@@ -82,21 +85,21 @@ MerakResult TMerakOrbisCom::Close() {
   Trace("CLS+");
   const TMerakControl::Status status = mTransport->Close();
   mTransport.reset();
-  Trace(status != 0 ? "CLS- Err : " + std::to_string(status) : std::string("CLS- Ok"));
+  Trace(status != FT_OK ? "CLS- Err : " + std::to_string(status) : std::string("CLS- Ok"));
   return TMerakControl::TranslateError(status);
 }
 
 MerakResult TMerakOrbisCom::RestoreLongTimeouts() {
-  return SetTimeouts(TReplyWatch::Patience::kLong);
+  return SetTimeouts(ReplyWatch::Patience::kLong);
 }
 
 void TMerakOrbisCom::HurryIfSilent() {
   if (mSilent) {
-    SetTimeouts(TReplyWatch::Patience::kShort);
+    SetTimeouts(ReplyWatch::Patience::kShort);
   }
 }
 
-MerakResult TMerakOrbisCom::SetTimeouts(TReplyWatch::Patience patience) {
+MerakResult TMerakOrbisCom::SetTimeouts(ReplyWatch::Patience patience) {
   mPatience = patience;
   if (mTransport != nullptr) {
     const Timeouts& timeouts = TimeoutsOf(patience);
@@ -109,7 +112,7 @@ MerakResult TMerakOrbisCom::GetDeviceCount(int& count) {
   Trace("CNT+ ");
   unsigned int devices = 0;
   const TMerakControl::Status status = TMerakControlUSB().ListDevices(&devices, nullptr, FT_LIST_NUMBER_ONLY);
-  if (status != 0) {
+  if (status != FT_OK) {
     Trace("CNT- Err : " + std::to_string(status));
     return TMerakControl::TranslateError(status);
   }
@@ -186,7 +189,7 @@ MerakResult TMerakOrbisCom::Send(const char* begin, const std::string& line, con
 }
 
 MerakResult TMerakOrbisCom::GetResponse(std::string& reply) {
-  TReplyWatch watch(mPatience);
+  ReplyWatch watch(mPatience);
   const MerakResult result = mTransport->GetResponse(reply, watch);
   mSilent = watch.GaveUp();
   mSpoilt = watch.HadPause();

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "controller/TReplyWatch.h"
+#include "controller/ReplyWatch.h"
 #include "core/MerakResult.h"
 
 class TI2CInterface;
@@ -26,9 +26,9 @@ class TMerakOrbisCom {
   /// 100 ms for reads and writes, and a second of silence, or 5 s in all, ends a reply; otherwise 100 s and 1 s, and
   /// the first silent read behind two minutes: the second one, 200 s after the request.
   MerakResult Open(int index, bool shortTimeouts);
-  /// The transport is gone afterwards, whatever the result. 3 when there is none.
+  /// The transport is gone afterwards, whatever the result. kDeviceNotOpen when there is none.
   MerakResult Close();
-  /// Always 0.
+  /// Always kSuccess.
   MerakResult RestoreLongTimeouts();
   /// Back to the short ones when the controller no longer answers, for what is said to it before a close.
   void HurryIfSilent();
@@ -37,11 +37,12 @@ class TMerakOrbisCom {
   /// True when the controller answers "Hello".
   bool IsAvailable();
 
-  /// The exchanges; 3 without a transport. A command's reply text is dropped, so a late "OK" is as good as any.
+  /// The exchanges; kDeviceNotOpen without a transport. A command's reply text is dropped, so a late "OK" is as good
+  /// as any.
   MerakResult Command(const std::string& word, const std::string& params = {});
   /// reply: the value text behind the echo, usually beginning with a line feed. A reply without the echo, or with
   /// a pause longer than the read time-out in it, is dropped and the next one read; after three of them the result is
-  /// 0 and reply is empty. On an error it holds what came.
+  /// kSuccess and reply is empty. On an error it holds what came.
   MerakResult Query(const std::string& word, const std::string& params, std::string& reply);
   /// Sends the text as a line; reply: everything that came, without the "OK", and a carriage return, also when the
   /// result is an error. A failed write leaves reply alone.
@@ -57,7 +58,7 @@ class TMerakOrbisCom {
 
  private:
   static std::string AddParamsToCommand(const std::string& word, const std::string& params);
-  MerakResult SetTimeouts(TReplyWatch::Patience patience);
+  MerakResult SetTimeouts(corvane::ReplyWatch::Patience patience);
   MerakResult GetResponse(std::string& reply);
   /// The line's "C+", "B+" or "Q+" and its sending; failure is the trace line of a failed write.
   MerakResult Send(const char* begin, const std::string& line, const char* failure);
@@ -68,7 +69,7 @@ class TMerakOrbisCom {
   bool mTrace = false;
   std::unique_ptr<TMerakControl> mTransport;
   TI2CInterface* mI2C;
-  TReplyWatch::Patience mPatience = TReplyWatch::Patience::kLong;
+  corvane::ReplyWatch::Patience mPatience = corvane::ReplyWatch::Patience::kLong;
   bool mSilent = false;
   /// The latest reply holds characters that were not sent, one for each read that ran into its time-out.
   bool mSpoilt = false;

@@ -1,13 +1,16 @@
-// The command words of TMerakOrbis whose requests and replies are a few numbers.
+// The operations of TMerakOrbis whose requests and replies are a few numbers or a text as it stands.
 #include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
 
+#include "controller/MerakWords.h"
 #include "controller/ReplyText.h"
 #include "controller/TMerakOrbis.h"
 #include "platform/TivanLocale.h"
+
+namespace words = corvane::words;
 
 namespace {
 
@@ -37,7 +40,7 @@ std::string FourDecimals(float value) {
 
 MerakResult TMerakOrbis::Position(float& wavelength) {
   std::string reply;
-  const MerakResult result = Query("POSITION", {}, reply);
+  const MerakResult result = Query(words::kPosition, {}, reply);
   if (result == merak::kSuccess) {
     corvane::ScanFloat(reply, wavelength);
   }
@@ -45,11 +48,11 @@ MerakResult TMerakOrbis::Position(float& wavelength) {
 }
 
 MerakResult TMerakOrbis::MoveTo(float wavelength) {
-  return Command("MOVETO", FourDecimals(wavelength));
+  return Command(words::kMoveTo, FourDecimals(wavelength));
 }
 
 MerakResult TMerakOrbis::GratingHome() {
-  return Command("GRATINGHOME");
+  return Command(words::kGratingHome);
 }
 
 MerakResult TMerakOrbis::ResetPosition() {
@@ -69,7 +72,7 @@ MerakResult TMerakOrbis::GetGrating(int& grating) {
     return merak::kSuccess;
   }
   std::string reply;
-  const MerakResult result = Query("GRATING", {}, reply);
+  const MerakResult result = Query(words::kGrating, {}, reply);
   if (result == merak::kSuccess && corvane::ScanInt(reply, grating)) {
     mGrating = grating;
   }
@@ -77,7 +80,7 @@ MerakResult TMerakOrbis::GetGrating(int& grating) {
 }
 
 MerakResult TMerakOrbis::Grating(int grating) {
-  const MerakResult result = Command("GRATING", std::to_string(grating));
+  const MerakResult result = Command(words::kGrating, std::to_string(grating));
   if (result == merak::kSuccess) {
     mGrating = grating;
   }
@@ -85,16 +88,16 @@ MerakResult TMerakOrbis::Grating(int grating) {
 }
 
 MerakResult TMerakOrbis::GetStep(int& step) {
-  return QueryInt("Step", {}, step);
+  return QueryInt(words::kStep, {}, step);
 }
 
 MerakResult TMerakOrbis::StepAbs(int step) {
-  return Command("Step_abs", std::to_string(step));
+  return Command(words::kStepAbs, std::to_string(step));
 }
 
 MerakResult TMerakOrbis::GetTotalSteps(unsigned long& steps) {
   std::string reply;
-  const MerakResult result = Query("TOTALSTEPS", {}, reply);
+  const MerakResult result = Query(words::kTotalSteps, {}, reply);
   unsigned long total = 0;
   if (result == merak::kSuccess && corvane::ScanUnsignedLong(reply, total)) {
     // A negative number reads as a huge one; no turret has so many steps.
@@ -104,55 +107,55 @@ MerakResult TMerakOrbis::GetTotalSteps(unsigned long& steps) {
 }
 
 MerakResult TMerakOrbis::GetTurret(int& turret) {
-  return QueryInt("TURRET", {}, turret);
+  return QueryInt(words::kTurret, {}, turret);
 }
 
 MerakResult TMerakOrbis::SetTurret(int turret) {
-  return Command("TURRET", std::to_string(turret));
+  return Command(words::kTurret, std::to_string(turret));
 }
 
 MerakResult TMerakOrbis::GetExitPort(int& port) {
-  return QueryInt("EXITPORT", {}, port);
+  return QueryInt(words::kExitPort, {}, port);
 }
 
 MerakResult TMerakOrbis::SetExitPort(int port) {
-  return Command("EXITPORT", std::to_string(port));
+  return Command(words::kExitPort, std::to_string(port));
 }
 
 MerakResult TMerakOrbis::GetEntrancePort(int& port) {
-  return QueryInt("ENTRANCEPORT", {}, port);
+  return QueryInt(words::kEntrancePort, {}, port);
 }
 
 MerakResult TMerakOrbis::SetEntrancePort(int port) {
-  return Command("ENTRANCEPORT", std::to_string(port));
+  return Command(words::kEntrancePort, std::to_string(port));
 }
 
 MerakResult TMerakOrbis::GetFilter(int& filter) {
-  return QueryInt("FILTER", {}, filter);
+  return QueryInt(words::kFilter, {}, filter);
 }
 
 MerakResult TMerakOrbis::SetFilter(int filter) {
-  return Command("FILTER", std::to_string(filter));
+  return Command(words::kFilter, std::to_string(filter));
 }
 
 MerakResult TMerakOrbis::FilterHome() {
-  return Command("FILTERHOME");
+  return Command(words::kFilterHome);
 }
 
 MerakResult TMerakOrbis::GetFilterMode(std::string& mode) {
-  return Query("FILTER_MODE", {}, mode);
+  return Query(words::kFilterMode, {}, mode);
 }
 
 MerakResult TMerakOrbis::SetFilterMode(const std::string& mode) {
-  return Command("FILTER_MODE", mode);
+  return Command(words::kFilterMode, mode);
 }
 
 MerakResult TMerakOrbis::GetMirrorFocus(int& position) {
-  return QueryInt("FOCUS", {}, position);
+  return QueryInt(words::kFocus, {}, position);
 }
 
 MerakResult TMerakOrbis::GetFocusMirrorMaxSteps(int& steps) {
-  return QueryInt("FOCUS_TOTALSTEPS", {}, steps);
+  return QueryInt(words::kFocusTotalSteps, {}, steps);
 }
 
 MerakResult TMerakOrbis::SetMirrorFocus(int steps) {
@@ -163,11 +166,11 @@ MerakResult TMerakOrbis::SetMirrorFocus(int steps) {
     return merak::kSuccess;
   }
   // In 64 bits: the smallest int has no positive counterpart.
-  return Command("MOVE_FOCUS", Pair(steps < 0 ? 1 : 0, std::to_string(std::llabs(steps))));
+  return Command(words::kMoveFocus, Pair(steps < 0 ? 1 : 0, std::to_string(std::llabs(steps))));
 }
 
 MerakResult TMerakOrbis::FocusMirrorHome() {
-  return Command("FOCUS_HOME");
+  return Command(words::kFocusHome);
 }
 
 bool TMerakOrbis::SlitModeSupported() const {
@@ -183,7 +186,7 @@ MerakResult TMerakOrbis::GetSlitMode(int slit, std::string& mode) {
     return merak::kNotSupported;
   }
   std::string reply;
-  const MerakResult result = Query("SLIT_MODE", std::to_string(slit), reply);
+  const MerakResult result = Query(words::kSlitMode, std::to_string(slit), reply);
   if (result == merak::kSuccess) {
     corvane::ScanWord(reply, kMaxSlitModeLength, mode);
   }
@@ -194,49 +197,49 @@ MerakResult TMerakOrbis::SetSlitMode(int slit, const std::string& mode) {
   if (!IsOpen()) {
     return merak::kDeviceNotOpen;
   }
-  return SlitModeSupported() ? Command("SLIT_MODE", Pair(slit, mode)) : merak::kNotSupported;
+  return SlitModeSupported() ? Command(words::kSlitMode, Pair(slit, mode)) : merak::kNotSupported;
 }
 
 MerakResult TMerakOrbis::GetSlitWidth(int slit, int& width) {
-  return QueryInt("SLIT_WIDTH", std::to_string(slit), width);
+  return QueryInt(words::kSlitWidth, std::to_string(slit), width);
 }
 
 MerakResult TMerakOrbis::SetSlitWidth(int slit, int width) {
   // This one command wants a space behind the comma.
-  return Command("SLIT_WIDTH", Join(slit, ", ", std::to_string(width)));
+  return Command(words::kSlitWidth, Join(slit, ", ", std::to_string(width)));
 }
 
 MerakResult TMerakOrbis::SlitHome(int slit) {
-  return Command("SLITHOME", std::to_string(slit));
+  return Command(words::kSlitHome, std::to_string(slit));
 }
 
 MerakResult TMerakOrbis::SetPortState(int state) {
-  return Command("PORT_OUTPUT", std::to_string(state));
+  return Command(words::kPortOutput, std::to_string(state));
 }
 
 MerakResult TMerakOrbis::GetPortState(int& state) {
-  return QueryInt("PORT_INPUT", {}, state);
+  return QueryInt(words::kPortInput, {}, state);
 }
 
 MerakResult TMerakOrbis::GetShutterMode(int& mode) {
-  return QueryInt("SHUTTER_MODE", {}, mode);
+  return QueryInt(words::kShutterMode, {}, mode);
 }
 
 MerakResult TMerakOrbis::SetShutterMode(int mode) {
-  return Command("SHUTTER_MODE", std::to_string(mode));
+  return Command(words::kShutterMode, std::to_string(mode));
 }
 
 MerakResult TMerakOrbis::GetConfigSystemData(int index, std::string& value) {
-  return Query("CONFIG_SYSTEM_DATA", std::to_string(index), value);
+  return Query(words::kConfigSystemData, std::to_string(index), value);
 }
 
 MerakResult TMerakOrbis::SetConfigSystemData(int index, const std::string& value) {
-  return Command("CONFIG_SYSTEM_DATA", Pair(index, value));
+  return Command(words::kConfigSystemData, Pair(index, value));
 }
 
 MerakResult TMerakOrbis::GetSaveInfo(int address, int& value) {
   std::string reply;
-  const MerakResult result = Query("SAVEINFO", std::to_string(address), reply);
+  const MerakResult result = Query(words::kSaveInfo, std::to_string(address), reply);
   if (result == merak::kSuccess && !corvane::ScanInt(reply, value)) {
     value = 0;
   }
@@ -244,5 +247,5 @@ MerakResult TMerakOrbis::GetSaveInfo(int address, int& value) {
 }
 
 MerakResult TMerakOrbis::SaveInfo(int address, int value) {
-  return Command("SAVEINFO", Pair(address, std::to_string(value)));
+  return Command(words::kSaveInfo, Pair(address, std::to_string(value)));
 }

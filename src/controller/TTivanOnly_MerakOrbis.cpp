@@ -7,12 +7,18 @@
 
 namespace {
 
+corvane::UsbProduct Product(int vid, int pid) {
+  return {static_cast<unsigned int>(vid), static_cast<unsigned int>(pid)};
+}
+
+bool IsLxMxBridge(const corvane::UsbProduct& product) {
+  return product == corvane::kLxMxBridgeA || product == corvane::kLxMxBridgeB;
+}
+
 bool IsCandidate(const FT_DEVICE_LIST_INFO_NODE& node, bool haveI2C) {
   const corvane::UsbProduct product = corvane::ProductOf(node);
-  const int vid = static_cast<int>(product.vid);
-  const int pid = static_cast<int>(product.pid);
   // An SX that is reachable over the camera's bus is not looked for a second time on USB.
-  return TTivanOnly_MerakOrbis::IsLXorMX(vid, pid) || (TTivanOnly_MerakOrbis::IsSX(vid, pid) && !haveI2C);
+  return IsLxMxBridge(product) || (product == corvane::kMakersBridge && !haveI2C);
 }
 
 }  // namespace
@@ -32,7 +38,7 @@ MerakResult TTivanOnly_MerakOrbis::GetDeviceCount(int& count) {
     ++count;
   }
   std::vector<FT_DEVICE_LIST_INFO_NODE> nodes;
-  if (corvane::ReadBridgeList(nodes) == corvane::BridgeList::kNoList) {
+  if (corvane::ReadBridgeList(nodes) == corvane::ListReading::kNoList) {
     return merak::kUnknownError;
   }
   for (std::size_t i = 0; i < nodes.size(); ++i) {
@@ -64,7 +70,7 @@ MerakResult TTivanOnly_MerakOrbis::Open(int index) {
     --index;
   }
   std::vector<FT_DEVICE_LIST_INFO_NODE> nodes;
-  if (corvane::ReadBridgeList(nodes) == corvane::BridgeList::kNoList) {
+  if (corvane::ReadBridgeList(nodes) == corvane::ListReading::kNoList) {
     return merak::kUnknownError;
   }
   for (std::size_t i = 0; i < nodes.size(); ++i) {
@@ -73,15 +79,18 @@ MerakResult TTivanOnly_MerakOrbis::Open(int index) {
     }
     if (nodes[i].ftHandle != nullptr) {
       // Held by an earlier item of this process and not to be opened again: it has taken its place in the count.
-      index -= index > 0 ? 1 : 0;
+      if (index > 0) {
+        --index;
+      }
       continue;
     }
-    const bool makers = OpenShortTimeouts(static_cast<int>(i)) == merak::kSuccess && IsTivanCamera(*this);
-    if (makers && index == 0) {
-      RestoreLongTimeouts();
-      return merak::kSuccess;
+    if (OpenShortTimeouts(static_cast<int>(i)) == merak::kSuccess && IsTivanCamera(*this)) {
+      if (index == 0) {
+        RestoreLongTimeouts();
+        return merak::kSuccess;
+      }
+      --index;
     }
-    index -= makers ? 1 : 0;
     // Also what a failed open left behind, so that this object never ends up on a foreign bridge.
     Close();
   }
@@ -95,11 +104,11 @@ bool TTivanOnly_MerakOrbis::IsTivanCamera(TMerakOrbis& device) {
 }
 
 bool TTivanOnly_MerakOrbis::IsLXorMX(int vid, int pid) {
-  return vid == 0x0403 && (pid == 0xD491 || pid == 0xD493);
+  return IsLxMxBridge(Product(vid, pid));
 }
 
 bool TTivanOnly_MerakOrbis::IsSX(int vid, int pid) {
-  return vid == 0x136E && pid == 0x0017;
+  return Product(vid, pid) == corvane::kMakersBridge;
 }
 
 std::string TTivanOnly_MerakOrbis::ToUpper(const std::string& text) {

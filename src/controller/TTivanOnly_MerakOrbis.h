@@ -15,12 +15,13 @@ class TTivanOnly_MerakOrbis final : public TMerakOrbis {
   explicit TTivanOnly_MerakOrbis(TI2CInterface* i2c);
 
   /// The controller on the I2C bus (unasked), plus every free candidate bridge behind which the maker's controller
-  /// answers, plus 1 when this object is open itself. 1 when the bridge list cannot be had; count is then what was
-  /// found so far. Opens and closes the candidates: no other object may be using them.
+  /// answers, plus 1 when this object is open itself. kUnknownError when the bridge list cannot be had; count is then
+  /// what was found so far. Opens and closes the candidates: no other object may be using them.
   MerakResult GetDeviceCount(int& count) override;
   /// Opens the index-th of these controllers: the one on the I2C bus first when there is one, then the candidate
   /// bridges in list order. A candidate that this process holds open already counts as one of them. What was open
-  /// before is dropped. 1 when the bridge list cannot be had, 2 when there is no such controller.
+  /// before is dropped. kUnknownError when the bridge list cannot be had, kDeviceNotFound when there is no such
+  /// controller.
   MerakResult Open(int index) override;
 
   /// True when the open device's manufacturer is the maker, whatever the case; a device that does not tell does not

@@ -9,7 +9,7 @@ class ISpectrographFilter : public TBusyDeviceServer {
   virtual void SetFilter(int filter) = 0;
   virtual int GetFilter() = 0;
   virtual void Reset() = 0;
-  /// Copies a filter's label, at most 239 characters and a terminator, into text.
+  /// Copies a filter's label, at most corvane::kMaxTextLength characters and a terminator, into text.
   virtual void GetFilterInfo(int filter, char* text, int maxLength) = 0;
   virtual void SetFilterInfo(int filter, const char* text) = 0;
 };

@@ -1,4 +1,5 @@
-// Result codes of the motion controller and of every operation that talks to it.
+// Result codes of the motion controller and of every operation that talks to it. Contracts name them (kIoError) without
+// their namespace.
 #pragma once
 
 /// Unsigned so that a code can be compared and carried without conversion; 0 is success.

@@ -1,6 +1,6 @@
 // The place where a running camera acquisition would be paused around a hardware call. This library has no camera
 // acquisition of its own, so the operations do nothing; components make the calls all the same, through
-// TAcquisitionPause, so that the order pause - busy - move - idle - resume stands in the code.
+// AcquisitionPause, so that the order pause - busy - move - idle - resume stands in the code.
 #pragma once
 
 class TCVNAcquisitionAborter {
@@ -10,14 +10,18 @@ class TCVNAcquisitionAborter {
   void RestartIfAborted() {}
 };
 
+namespace corvane {
+
 /// Pauses a running acquisition for its lifetime.
-class TAcquisitionPause {
+class AcquisitionPause {
  public:
-  explicit TAcquisitionPause(TCVNAcquisitionAborter& aborter) : mAborter(aborter) { mAborter.AbortIfRunning(); }
-  ~TAcquisitionPause() { mAborter.RestartIfAborted(); }
-  TAcquisitionPause(const TAcquisitionPause&) = delete;
-  TAcquisitionPause& operator=(const TAcquisitionPause&) = delete;
+  explicit AcquisitionPause(TCVNAcquisitionAborter& aborter) : mAborter(aborter) { mAborter.AbortIfRunning(); }
+  ~AcquisitionPause() { mAborter.RestartIfAborted(); }
+  AcquisitionPause(const AcquisitionPause&) = delete;
+  AcquisitionPause& operator=(const AcquisitionPause&) = delete;
 
  private:
   TCVNAcquisitionAborter& mAborter;
 };
+
+}  // namespace corvane

@@ -4,7 +4,7 @@
 #include <array>
 #include <iterator>
 
-#include "eeprom/TTivanMerakEeprom.h"
+#include "core/TextLengths.h"
 
 namespace corvane {
 
@@ -12,21 +12,22 @@ namespace {
 
 using Record = MerakEepromRecord;
 
-struct Row {
+/// The parameters of one field of the record, which are numbered evenly.
+struct ParameterRun {
   /// Number of the first element; the others follow by `step`.
   int first = 0;
   int step = 1;
   int elements = 1;
-  EepromPlace (*place)(Record& record, std::size_t element) = nullptr;
+  RecordValueOf valueOf = nullptr;
   HaldenPart part = HaldenPart::kOther;
-  /// Travels element by element in turn with the row before it.
+  /// Travels element by element in turn with the run before it.
   bool inTurn = false;
-  std::size_t longestText = TTivanMerakEeprom::kMaxTextLength;
+  std::size_t longestText = kMaxTextLength;
 };
 
 /// All gratings of the first turret, then of the second, ...
 template <auto Member>
-EepromPlace PerGrating(Record& record, std::size_t element) {
+RecordValue PerGrating(Record& record, std::size_t element) {
   return &(record.*Member)[element / Record::kGratings][element % Record::kGratings];
 }
 
@@ -37,7 +38,7 @@ constexpr auto kOffsets = HaldenPart::kOffsets;
 
 // clang-format off
 /// In the order of travel.
-constexpr Row kRows[] = {
+constexpr ParameterRun kRuns[] = {
     // first, step, elements
     {1,   1, 1,                        One<&Record::idString>},
     {5,   1, 1,                        One<&Record::structureVersion>},
@@ -55,7 +56,7 @@ constexpr Row kRows[] = {
     {19,  1, kAllGratings,             PerGrating<&Record::gratingStart>, kOther, true},
     {31,  1, kAllGratings,             PerGrating<&Record::gratingLines>, kOther, true},
     {43,  1, kAllGratings,             PerGrating<&Record::gratingBlaze>, kOther, true,
-                                       TTivanMerakEeprom::kMaxBlazeLength},
+                                       kMaxBlazeLength},
     {67,  1, Record::kDetectorOffsets, Many<&Record::detectorOffsets>, kOffsets},
     {82,  1, Record::kFilters,         Many<&Record::filterLabels>},
     {114, 1, Record::kTurrets,         Many<&Record::noOfGratings>},
@@ -63,20 +64,20 @@ constexpr Row kRows[] = {
 };
 // clang-format on
 
-HaldenParameter ParameterOf(const Row& row, int element, Record& record) {
-  return {row.first + row.step * element, row.place(record, static_cast<std::size_t>(element)), row.longestText};
+HaldenParameter ParameterOf(const ParameterRun& run, int element, Record& record) {
+  return {run.first + run.step * element, run.valueOf(record, static_cast<std::size_t>(element)), run.longestText};
 }
 
-/// Walks the rows that `has` says yes to.
+/// Walks the runs that `has` says yes to.
 template <typename Has>
 bool Walk(Record& record, const HaldenTransfer& transfer, Has has) {
-  const Row* next = std::begin(kRows);
-  while (next != std::end(kRows)) {
-    const Row* const first = next;
-    next = std::find_if(first + 1, std::end(kRows), [](const Row& row) { return !row.inTurn; });
+  const ParameterRun* next = std::begin(kRuns);
+  while (next != std::end(kRuns)) {
+    const ParameterRun* const first = next;
+    next = std::find_if(first + 1, std::end(kRuns), [](const ParameterRun& run) { return !run.inTurn; });
     for (int element = 0; element < first->elements; ++element) {
-      for (const Row* row = first; row != next; ++row) {
-        if (has(*row) && !transfer(ParameterOf(*row, element, record))) {
+      for (const ParameterRun* run = first; run != next; ++run) {
+        if (has(*run) && !transfer(ParameterOf(*run, element, record))) {
           return false;
         }
       }
@@ -88,11 +89,11 @@ bool Walk(Record& record, const HaldenTransfer& transfer, Has has) {
 }  // namespace
 
 bool WalkHaldenParameters(MerakEepromRecord& record, const HaldenTransfer& transfer) {
-  return Walk(record, transfer, [](const Row& /*row*/) { return true; });
+  return Walk(record, transfer, [](const ParameterRun& /*run*/) { return true; });
 }
 
 bool WalkHaldenParameters(HaldenPart part, MerakEepromRecord& record, const HaldenTransfer& transfer) {
-  return Walk(record, transfer, [part](const Row& row) { return row.part == part; });
+  return Walk(record, transfer, [part](const ParameterRun& run) { return run.part == part; });
 }
 
 }  // namespace corvane

@@ -5,14 +5,14 @@
 #include <cstddef>
 #include <functional>
 
-#include "eeprom/EepromPlace.h"
 #include "eeprom/MerakEepromRecord.h"
+#include "eeprom/RecordValue.h"
 
 namespace corvane {
 
 struct HaldenParameter {
   int number;
-  EepromPlace place;
+  RecordValue value;
   /// Longest text kept of it.
   std::size_t longestText;
 };

@@ -15,7 +15,7 @@ struct Field {
   /// First structure version that has the field.
   StructureVersion since;
   /// The element-th value; null for a reserved field, which never travels.
-  EepromPlace (*place)(MerakEepromRecord& record, std::size_t element) = nullptr;
+  RecordValueOf valueOf = nullptr;
   /// What the record holds where the structure lacks the field.
   int whenAbsent = 0;
 };
@@ -29,12 +29,12 @@ constexpr StructureVersion k13{1, 3};
 using Record = MerakEepromRecord;
 
 template <auto Member, std::size_t Turret>
-EepromPlace OfTurret(Record& record, std::size_t element) {
+RecordValue OfTurret(Record& record, std::size_t element) {
   return &(record.*Member)[Turret][element];
 }
 
 template <std::size_t Turret>
-EepromPlace NoOfGratings(Record& record, std::size_t /*element*/) {
+RecordValue NoOfGratings(Record& record, std::size_t /*element*/) {
   return &record.noOfGratings[Turret];
 }
 
@@ -95,7 +95,7 @@ constexpr std::initializer_list<int> kOrder[] = {
 // clang-format on
 
 std::size_t LayoutOf(StructureVersion version) {
-  return version.majorNumber <= 2 ? 0 : 1;
+  return version.IsUpToMajor2() ? 0 : 1;
 }
 
 /// Walks the given fields element by element in turn, leaving out those for which `has` says no.
@@ -113,7 +113,7 @@ bool WalkTogether(const Numbers& numbers, StructureVersion version, Record& reco
         continue;
       }
       const int width = field.width[layout];
-      if (!transfer(field.place(record, static_cast<std::size_t>(element)), addresses[index] + element * width,
+      if (!transfer(field.valueOf(record, static_cast<std::size_t>(element)), addresses[index] + element * width,
                     width)) {
         return false;
       }
@@ -138,7 +138,7 @@ EepromAddresses SetupEepromAddresses(StructureVersion version) {
 void SetAbsentFields(StructureVersion version, MerakEepromRecord& record) {
   for (const Field& field : kFields) {
     if (!version.IsAtLeast(field.since) && field.whenAbsent != kKeep) {
-      *std::get<int*>(field.place(record, 0)) = field.whenAbsent;
+      *std::get<int*>(field.valueOf(record, 0)) = field.whenAbsent;
     }
   }
 }
@@ -146,7 +146,7 @@ void SetAbsentFields(StructureVersion version, MerakEepromRecord& record) {
 bool WalkEepromField(std::size_t number, StructureVersion version, MerakEepromRecord& record,
                      const EepromTransfer& transfer) {
   return WalkTogether(std::initializer_list<std::size_t>{number}, version, record, transfer,
-                      [](const Field& field) { return field.place != nullptr; });
+                      [](const Field& field) { return field.valueOf != nullptr; });
 }
 
 bool WalkEepromFields(StructureVersion version, MerakEepromRecord& record, const EepromTransfer& transfer) {

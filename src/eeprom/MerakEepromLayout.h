@@ -10,8 +10,8 @@
 #include <cstddef>
 #include <functional>
 
-#include "eeprom/EepromPlace.h"
 #include "eeprom/MerakEepromRecord.h"
+#include "eeprom/RecordValue.h"
 #include "eeprom/StructureVersion.h"
 
 namespace corvane {
@@ -36,7 +36,7 @@ EepromAddresses SetupEepromAddresses(StructureVersion version);
 void SetAbsentFields(StructureVersion version, MerakEepromRecord& record);
 
 /// Moves one value of `width` bytes at `address`; false ends the walk.
-using EepromTransfer = std::function<bool(EepromPlace place, int address, int width)>;
+using EepromTransfer = std::function<bool(RecordValue value, int address, int width)>;
 
 /// Walks the values of one field.
 bool WalkEepromField(std::size_t number, StructureVersion version, MerakEepromRecord& record,

@@ -14,6 +14,8 @@ struct StructureVersion {
   /// missing part is 0, a number beyond int its nearest bound.
   static StructureVersion Parse(std::string_view text);
 
+  /// The earlier of the two layouts of a record of bytes: one entrance, short blaze texts.
+  constexpr bool IsUpToMajor2() const { return majorNumber <= 2; }
   constexpr bool IsAtLeast(StructureVersion other) const {
     return majorNumber != other.majorNumber ? majorNumber > other.majorNumber : minorNumber >= other.minorNumber;
   }

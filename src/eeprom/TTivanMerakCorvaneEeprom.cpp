@@ -5,8 +5,8 @@
 #include <string>
 #include <variant>
 
-using corvane::AddressOf;
-using corvane::EepromPlace;
+using corvane::IdentityOf;
+using corvane::RecordValue;
 using corvane::StructureVersion;
 
 namespace {
@@ -18,16 +18,16 @@ constexpr unsigned ShiftOf(int byte) {
 }
 
 /// The bytes of one value as the instrument keeps them.
-std::string Encode(EepromPlace place, int width) {
+std::string Encode(RecordValue value, int width) {
   const auto size = static_cast<std::size_t>(width);
-  if (const auto* text = std::get_if<std::string*>(&place)) {
+  if (const auto* text = std::get_if<std::string*>(&value)) {
     std::string bytes = (*text)->substr(0, size);
     bytes.resize(size, '\0');
     return bytes;
   }
-  const auto* const real = std::get_if<float*>(&place);
+  const auto* const real = std::get_if<float*>(&value);
   const std::uint32_t image =
-      real != nullptr ? std::bit_cast<std::uint32_t>(**real) : static_cast<std::uint32_t>(*std::get<int*>(place));
+      real != nullptr ? std::bit_cast<std::uint32_t>(**real) : static_cast<std::uint32_t>(*std::get<int*>(value));
   std::string bytes;
   for (int i = 0; i < width; ++i) {
     bytes += static_cast<char>((image >> ShiftOf(i)) & 0xFFU);
@@ -36,13 +36,13 @@ std::string Encode(EepromPlace place, int width) {
 }
 
 /// Takes over what was read of a value: all of its bytes, or those before a failing one.
-void Decode(EepromPlace place, int width, const std::string& bytes, unsigned char last) {
+void Decode(RecordValue value, int width, const std::string& bytes, unsigned char last) {
   const auto read = static_cast<int>(bytes.size());
-  if (auto* const text = std::get_if<std::string*>(&place)) {
+  if (auto* const text = std::get_if<std::string*>(&value)) {
     **text = bytes;
     return;
   }
-  auto* const whole = std::get_if<int*>(&place);
+  auto* const whole = std::get_if<int*>(&value);
   std::uint32_t image = whole != nullptr && width == kBytesOfNumber ? static_cast<std::uint32_t>(**whole) : 0U;
   for (int i = 0; i < width && i <= read; ++i) {
     const std::uint32_t byte = i < read ? static_cast<unsigned char>(bytes[static_cast<std::size_t>(i)]) : last;
@@ -52,18 +52,18 @@ void Decode(EepromPlace place, int width, const std::string& bytes, unsigned cha
   if (whole != nullptr && (complete || width == kBytesOfNumber)) {
     **whole = static_cast<int>(image);
   } else if (whole == nullptr && complete) {
-    **std::get_if<float*>(&place) = std::bit_cast<float>(image);
+    **std::get_if<float*>(&value) = std::bit_cast<float>(image);
   }
 }
 
 }  // namespace
 
-TTivanMerakCorvaneEeprom::TTivanMerakCorvaneEeprom(IMerakEepromAccess& controller)
+TTivanMerakCorvaneEeprom::TTivanMerakCorvaneEeprom(corvane::IMerakEepromAccess& controller)
     : TTivanMerakEeprom(controller), mVersion(StructureVersion::Parse(GetStructureVersion())) {
 }
 
 MerakResult TTivanMerakCorvaneEeprom::Read() {
-  const auto read = [this](EepromPlace place, int address, int width) { return ReadValue(place, address, width); };
+  const auto read = [this](RecordValue value, int address, int width) { return ReadValue(value, address, width); };
   BeginTransfer();
   SetAllKnown();
   const bool heard = corvane::WalkEepromField(corvane::kFieldStructureVersion, mVersion, Values(), read);
@@ -71,8 +71,8 @@ MerakResult TTivanMerakCorvaneEeprom::Read() {
   mVersion = StructureVersion::Parse(GetStructureVersion());
   corvane::SetAbsentFields(mVersion, Values());
   // All of them until they arrive: a silence leaves the values behind it unread as well.
-  corvane::WalkEepromFields(mVersion, Values(), [this](EepromPlace place, int /*address*/, int /*width*/) {
-    SetUnread(AddressOf(place));
+  corvane::WalkEepromFields(mVersion, Values(), [this](RecordValue value, int /*address*/, int /*width*/) {
+    SetUnread(IdentityOf(value));
     return true;
   });
   mReadToTheEnd = heard && corvane::WalkEepromFields(mVersion, Values(), read);
@@ -81,8 +81,8 @@ MerakResult TTivanMerakCorvaneEeprom::Read() {
 }
 
 MerakResult TTivanMerakCorvaneEeprom::Write() {
-  const auto write = [this](EepromPlace place, int address, int width) {
-    return IsUnread(AddressOf(place)) || WriteValue(place, address, width);
+  const auto write = [this](RecordValue value, int address, int width) {
+    return IsUnread(IdentityOf(value)) || WriteValue(value, address, width);
   };
   UpdateModifiedTime();
   mVersion = StructureVersion::Parse(GetStructureVersion());
@@ -96,7 +96,7 @@ MerakResult TTivanMerakCorvaneEeprom::Write() {
   return merak::kSuccess;
 }
 
-bool TTivanMerakCorvaneEeprom::ReadValue(EepromPlace place, int address, int width) {
+bool TTivanMerakCorvaneEeprom::ReadValue(RecordValue value, int address, int width) {
   std::string bytes;
   MerakResult result = merak::kSuccess;
   // One variable for all bytes of the value, which a failure leaves alone: a failing byte is the one before it, and 0
@@ -109,18 +109,18 @@ bool TTivanMerakCorvaneEeprom::ReadValue(EepromPlace place, int address, int wid
     }
     bytes += static_cast<char>(byte);
   }
-  Decode(place, width, bytes, byte);
+  Decode(value, width, bytes, byte);
   if (result == merak::kSuccess) {
-    SetKnown(AddressOf(place));
+    SetKnown(IdentityOf(value));
   } else {
-    SetUnread(AddressOf(place));
+    SetUnread(IdentityOf(value));
   }
   return Note(result);
 }
 
-bool TTivanMerakCorvaneEeprom::WriteValue(EepromPlace place, int address, int width) {
+bool TTivanMerakCorvaneEeprom::WriteValue(RecordValue value, int address, int width) {
   MerakResult result = merak::kSuccess;
-  for (const char byte : Encode(place, width)) {
+  for (const char byte : Encode(value, width)) {
     result = Controller().WriteEepromByte(address, static_cast<unsigned char>(byte));
     if (result != merak::kSuccess) {
       break;
@@ -135,7 +135,7 @@ MerakResult TTivanMerakCorvaneEeprom::WriteFields(std::initializer_list<std::siz
   for (const std::size_t number : numbers) {
     const bool heard = corvane::WalkEepromField(
         number, mVersion, Values(),
-        [this](EepromPlace place, int address, int width) { return WriteValue(place, address, width); });
+        [this](RecordValue value, int address, int width) { return WriteValue(value, address, width); });
     if (!heard) {
       break;
     }
@@ -176,7 +176,7 @@ MerakResult TTivanMerakCorvaneEeprom::WriteOffsets() {
 }
 
 void TTivanMerakCorvaneEeprom::GetAdjustedDetectorIndex(int* entrance) {
-  if (StructureVersion::Parse(GetStructureVersion()).majorNumber <= 2 && *entrance >= 1) {
+  if (StructureVersion::Parse(GetStructureVersion()).IsUpToMajor2() && *entrance >= 1) {
     *entrance = 0;
   }
 }

@@ -12,7 +12,7 @@
 
 class TTivanMerakCorvaneEeprom final : public TTivanMerakEeprom {
  public:
-  explicit TTivanMerakCorvaneEeprom(IMerakEepromAccess& controller);
+  explicit TTivanMerakCorvaneEeprom(corvane::IMerakEepromAccess& controller);
 
   /// A byte that cannot be read ends its field: a text keeps the bytes before it, an int these and the failing one, a
   /// float or a single byte the value held. Such a value answers the getters and stays out of Write.
@@ -33,19 +33,15 @@ class TTivanMerakCorvaneEeprom final : public TTivanMerakEeprom {
   /// Structures up to 2 have detector offsets for one entrance only.
   void GetAdjustedDetectorIndex(int* entrance) override;
   /// Deliberately also where the structure has only one turret: its place is defined all the same, nothing else lies
-  /// there, and Read and Write leave it alone. 8 while the place is unknown because the version could not be read.
+  /// there, and Read and Write leave it alone. kEepromError while the place is unknown because the version could not
+  /// be read.
   MerakResult StoreActiveTurret() override;
-  int GetNoFilters() const override { return 6; }
-  int GetMinNoGratings() const override { return 1; }
   int GetMaxNoGratings() const override { return 3; }
-  int GetMinNoTurrets() const override { return 1; }
-  int GetMaxNoTurrets() const override { return 3; }
-  int GetMaxNoOutputs() const override { return 2; }
-  int GetMaxNoInputs() const override { return 2; }
+  int GetMaxNoInputs() const override { return corvane::MerakEepromRecord::kPorts; }
 
  private:
-  bool ReadValue(corvane::EepromPlace place, int address, int width);
-  bool WriteValue(corvane::EepromPlace place, int address, int width);
+  bool ReadValue(corvane::RecordValue value, int address, int width);
+  bool WriteValue(corvane::RecordValue value, int address, int width);
   /// Writes single fields and answers the first failure.
   MerakResult WriteFields(std::initializer_list<std::size_t> numbers);
 

@@ -24,7 +24,7 @@ std::string Text(const std::string& held) {
 
 }  // namespace
 
-TTivanMerakEeprom::TTivanMerakEeprom(IMerakEepromAccess& controller) : mController(controller) {
+TTivanMerakEeprom::TTivanMerakEeprom(corvane::IMerakEepromAccess& controller) : mController(controller) {
 }
 
 bool TTivanMerakEeprom::BinaryFloatCompare(float a, float b) {
@@ -273,7 +273,7 @@ std::string TTivanMerakEeprom::GetGratingBlaze(int turret, int grating) const {
 
 MerakResult TTivanMerakEeprom::SetGratingBlaze(int turret, int grating, std::string_view blaze) {
   return HasGrating(turret, grating)
-             ? Store(mRecord.gratingBlaze[Index(turret)][Index(grating)], blaze, kMaxBlazeLength)
+             ? Store(mRecord.gratingBlaze[Index(turret)][Index(grating)], blaze, corvane::kMaxBlazeLength)
              : kOutOfRange;
 }
 

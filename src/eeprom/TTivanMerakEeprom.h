@@ -5,7 +5,8 @@
 // Turrets, gratings, ports and filters count from 0. A getter answers 0 or "" for an index outside its table, a setter
 // kOutOfRange. Numbers that came from an instrument are kept as they came, however odd: a turret may claim 255
 // gratings. Cache-only setters compare with the value held (floats bit for bit) and mark the record unsaved only when
-// it differs. Results are controller codes (controller/MerakResult.h).
+// it differs. A text longer than corvane::kMaxTextLength, a blaze text longer than corvane::kMaxBlazeLength, is cut.
+// Results are controller codes (core/MerakResult.h).
 #pragma once
 
 #include <cstddef>
@@ -14,19 +15,17 @@
 #include <string_view>
 
 #include "core/MerakResult.h"
+#include "core/TextLengths.h"
 #include "eeprom/IMerakEepromAccess.h"
 #include "eeprom/MerakEepromRecord.h"
 
 class TTivanMerakEeprom {
  public:
-  /// Longest text kept; what is longer is cut. A blaze text is handed to callers with less room.
-  static constexpr std::size_t kMaxTextLength = 239;
-  static constexpr std::size_t kMaxBlazeLength = 31;
   /// -1 as a result code.
   static constexpr MerakResult kOutOfRange = static_cast<MerakResult>(-1);
 
   /// The controller is borrowed and outlives the record.
-  explicit TTivanMerakEeprom(IMerakEepromAccess& controller);
+  explicit TTivanMerakEeprom(corvane::IMerakEepromAccess& controller);
   TTivanMerakEeprom(const TTivanMerakEeprom&) = delete;
   TTivanMerakEeprom& operator=(const TTivanMerakEeprom&) = delete;
   /// Writes nothing: WriteIfDirty comes first where unsaved values matter.
@@ -65,18 +64,18 @@ class TTivanMerakEeprom {
   virtual void GetAdjustedDetectorIndex(int* entrance) = 0;
   /// Writes the active turret to the instrument at once.
   virtual MerakResult StoreActiveTurret() = 0;
-  virtual int GetNoFilters() const = 0;
-  virtual int GetMinNoGratings() const = 0;
+  virtual int GetNoFilters() const { return corvane::MerakEepromRecord::kFilters; }
+  virtual int GetMinNoGratings() const { return 1; }
   /// Also the number of gratings of a turret that the accessors reach.
   virtual int GetMaxNoGratings() const = 0;
-  virtual int GetMinNoTurrets() const = 0;
-  virtual int GetMaxNoTurrets() const = 0;
-  virtual int GetMaxNoOutputs() const = 0;
+  virtual int GetMinNoTurrets() const { return 1; }
+  virtual int GetMaxNoTurrets() const { return corvane::MerakEepromRecord::kTurrets; }
+  virtual int GetMaxNoOutputs() const { return corvane::MerakEepromRecord::kPorts; }
   virtual int GetMaxNoInputs() const = 0;
   /// Has what concerns the active turret's gratings at hand, for families that ask the controller for some of it: 0, or
   /// why not.
   virtual MerakResult LoadActiveTurretGratings();
-  /// False for a text that could not reach the instrument; setters of texts refuse it with 6.
+  /// False for a text that could not reach the instrument; setters of texts refuse it with kInvalidParameter.
   virtual bool CanStore(std::string_view text) const;
 
   std::string GetIDString() const;
@@ -142,7 +141,7 @@ class TTivanMerakEeprom {
   void UpdateModifiedTime();
   void SetDirty(bool dirty) { mDirty = dirty; }
   corvane::MerakEepromRecord& Values() { return mRecord; }
-  IMerakEepromAccess& Controller() { return mController; }
+  corvane::IMerakEepromAccess& Controller() { return mController; }
 
   template <typename Table>
   static bool Holds(const Table& table, int index) {
@@ -168,9 +167,9 @@ class TTivanMerakEeprom {
   /// Every store makes the value known, the same value again too.
   MerakResult Store(int& held, int value);
   MerakResult Store(float& held, float value);
-  MerakResult Store(std::string& held, std::string_view text, std::size_t maxLength = kMaxTextLength);
+  MerakResult Store(std::string& held, std::string_view text, std::size_t maxLength = corvane::kMaxTextLength);
 
-  IMerakEepromAccess& mController;
+  corvane::IMerakEepromAccess& mController;
   corvane::MerakEepromRecord mRecord;
   std::set<const void*> mUnread;
   MerakResult mFirstFailure = merak::kSuccess;

@@ -9,9 +9,9 @@
 #include <variant>
 #include <vector>
 
-using corvane::AddressOf;
 using corvane::HaldenParameter;
 using corvane::HaldenPart;
+using corvane::IdentityOf;
 
 namespace {
 
@@ -57,13 +57,14 @@ std::string FormatNumber(float number) {
 
 }  // namespace
 
-TTivanMerakHaldenEeprom::TTivanMerakHaldenEeprom(IMerakEepromAccess& controller) : TTivanMerakEeprom(controller) {
+TTivanMerakHaldenEeprom::TTivanMerakHaldenEeprom(corvane::IMerakEepromAccess& controller)
+    : TTivanMerakEeprom(controller) {
   SetAllUnread();
 }
 
 void TTivanMerakHaldenEeprom::SetAllUnread() {
   corvane::WalkHaldenParameters(Values(), [this](const HaldenParameter& parameter) {
-    SetUnread(AddressOf(parameter.place));
+    SetUnread(IdentityOf(parameter.value));
     return true;
   });
 }
@@ -90,38 +91,38 @@ MerakResult TTivanMerakHaldenEeprom::SetString(int number, const std::string& te
 }
 
 bool TTivanMerakHaldenEeprom::ReadParameter(const HaldenParameter& parameter) {
-  SetUnread(AddressOf(parameter.place));
+  SetUnread(IdentityOf(parameter.value));
   std::string text;
   bool whole = false;
   const MerakResult result = GetString(parameter.number, text, whole);
   if (result != merak::kSuccess) {
     return Note(result);
   }
-  if (auto* const held = std::get_if<std::string*>(&parameter.place)) {
+  if (auto* const held = std::get_if<std::string*>(&parameter.value)) {
     whole = whole && text.size() <= parameter.longestText;
     **held = text.substr(0, parameter.longestText);
-  } else if (auto* const real = std::get_if<float*>(&parameter.place)) {
+  } else if (auto* const real = std::get_if<float*>(&parameter.value)) {
     whole = ParseNumber(text, **real);
   } else {
-    whole = ParseNumber(text, *std::get<int*>(parameter.place));
+    whole = ParseNumber(text, *std::get<int*>(parameter.value));
   }
   if (whole) {
-    SetKnown(AddressOf(parameter.place));
+    SetKnown(IdentityOf(parameter.value));
   }
   return true;
 }
 
 bool TTivanMerakHaldenEeprom::WriteParameter(const HaldenParameter& parameter) {
-  if (IsUnread(AddressOf(parameter.place))) {
+  if (IsUnread(IdentityOf(parameter.value))) {
     return true;
   }
   std::string text;
-  if (const auto* const held = std::get_if<std::string*>(&parameter.place)) {
+  if (const auto* const held = std::get_if<std::string*>(&parameter.value)) {
     text = **held;
-  } else if (const auto* const real = std::get_if<float*>(&parameter.place)) {
+  } else if (const auto* const real = std::get_if<float*>(&parameter.value)) {
     text = FormatNumber(**real);
   } else {
-    text = FormatNumber(*std::get<int*>(parameter.place));
+    text = FormatNumber(*std::get<int*>(parameter.value));
   }
   return Note(SetString(parameter.number, text));
 }
@@ -179,8 +180,8 @@ MerakResult TTivanMerakHaldenEeprom::WriteOpticalParamsToEEPROM(float focalLengt
   auto value = values.begin();
   BeginTransfer();
   corvane::WalkHaldenParameters(HaldenPart::kOptics, Values(), [&](const HaldenParameter& parameter) {
-    *std::get<float*>(parameter.place) = *value++;
-    SetKnown(AddressOf(parameter.place));
+    *std::get<float*>(parameter.value) = *value++;
+    SetKnown(IdentityOf(parameter.value));
     WriteParameter(parameter);
     return FirstFailure() == merak::kSuccess;
   });
@@ -231,7 +232,8 @@ std::string TTivanMerakHaldenEeprom::GetActiveTurretGratingBlaze(int grating) {
   std::vector<float> lines;
   std::vector<std::string> blazes;
   Controller().GetGratings(lines, blazes);
-  return Holds(blazes, grating) ? blazes[static_cast<std::size_t>(grating)].substr(0, kMaxBlazeLength) : std::string();
+  return Holds(blazes, grating) ? blazes[static_cast<std::size_t>(grating)].substr(0, corvane::kMaxBlazeLength)
+                                : std::string();
 }
 
 float TTivanMerakHaldenEeprom::GetActiveTurretGratingLines(int grating) {

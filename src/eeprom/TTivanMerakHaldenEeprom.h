@@ -14,7 +14,7 @@ class TTivanMerakHaldenEeprom final : public TTivanMerakEeprom {
   /// What the controller calls its turret while it is none of the numbered ones; the record passes it on.
   static constexpr int kOtherTurret = 99;
 
-  explicit TTivanMerakHaldenEeprom(IMerakEepromAccess& controller);
+  explicit TTivanMerakHaldenEeprom(corvane::IMerakEepromAccess& controller);
 
   /// A parameter that cannot be read, or that holds no number where one belongs, keeps the value held, which stays out
   /// of Write, as does a text that is cut.
@@ -34,7 +34,7 @@ class TTivanMerakHaldenEeprom final : public TTivanMerakEeprom {
   /// Writes the offsets of all gratings and of the detectors, then has the controller approach its wavelength anew,
   /// unless it fell silent. The code of the first failure.
   MerakResult WriteOffsets() override;
-  /// 4 when the controller answers without a list.
+  /// kIoError when the controller answers without a list.
   MerakResult LoadActiveTurretGratings() override;
   /// The lines of the controller's grating list; 0 when it cannot be had.
   int GetActiveTurretNoOfGratings() override;
@@ -49,19 +49,14 @@ class TTivanMerakHaldenEeprom final : public TTivanMerakEeprom {
   MerakResult StoreActiveTurret() override;
   /// Not with a line end in it: it could not travel.
   bool CanStore(std::string_view text) const override;
-  int GetNoFilters() const override { return 6; }
-  int GetMinNoGratings() const override { return 1; }
-  int GetMaxNoGratings() const override { return 4; }
-  int GetMinNoTurrets() const override { return 1; }
-  int GetMaxNoTurrets() const override { return 3; }
-  int GetMaxNoOutputs() const override { return 2; }
+  int GetMaxNoGratings() const override { return corvane::MerakEepromRecord::kGratings; }
   int GetMaxNoInputs() const override { return 1; }
 
  private:
-  /// The parameter's text without the line ends around it, and whether it came whole. 4 when the controller answers
-  /// without one.
+  /// The parameter's text without the line ends around it, and whether it came whole. kIoError when the controller
+  /// answers without one.
   MerakResult GetString(int number, std::string& text, bool& whole);
-  /// 6 for a text with a line end, which would be two lines to the controller.
+  /// kInvalidParameter for a text with a line end, which would be two lines to the controller.
   MerakResult SetString(int number, const std::string& text);
   /// Until they arrive: a silence leaves the values behind it unread as well.
   void SetAllUnread();

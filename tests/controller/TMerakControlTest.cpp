@@ -18,7 +18,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
-using Patience = TReplyWatch::Patience;
+using Patience = corvane::ReplyWatch::Patience;
 using Device = ScriptedBridge::Device;
 
 /// An open bridge whose replies are read.
@@ -26,7 +26,7 @@ struct Line {
   Line() { transport.Open(0); }
   MerakResult Read(Patience patience = Patience::kLong) {
     transport.SetTimeouts(patience == Patience::kLong ? 100000 : 100, 1000);
-    TReplyWatch watch(patience);
+    corvane::ReplyWatch watch(patience);
     const MerakResult result = transport.GetResponse(text, watch);
     gaveUp = watch.GaveUp();
     return result;
@@ -114,7 +114,7 @@ TEST(TMerakControl, AnUnnoticedDeadLineDoesNotSpin) {
   EXPECT_TRUE(line.gaveUp);
   // At most one read a millisecond.
   EXPECT_LE(static_cast<std::uint64_t>(line.device.reads), line.time.Slept() / 1000 + 1);
-  EXPECT_LE(line.text.size(), TReplyWatch::kMaxLength);
+  EXPECT_LE(line.text.size(), corvane::ReplyWatch::kMaxLength);
 }
 
 TEST(TMerakControl, AReadThatBringsNothingRepeatsTheCharacterBefore) {

@@ -110,7 +110,7 @@ TEST_F(TMerakOrbisTest, SystemInformationIsClearedFirstSplitAndCutAndItsVersionF
   Open();
   mController.SetValue("SYSTEMINFO", "Maker,,Model\nThird");
   EXPECT_EQ(mOrbis.GetSystemInfoEx(info), 0U);
-  EXPECT_EQ(info.manufacturer + "|" + info.model + "|" + info.third + "|" + info.fourth, "Maker|Model|Third|");
+  EXPECT_EQ(info.manufacturer + "|" + info.model + "|" + info.serialNumber + "|" + info.fourth, "Maker|Model|Third|");
   EXPECT_EQ(mOrbis.GetFirmwareVersion(), 0.0F) << "a reply without a version forgets the one before";
   mController.SetValue("SYSTEMINFO", std::string(200, 'm') + ",a,b,c,V3.5");
   std::array<std::array<char, TMerakOrbis::kMaxSystemInfoLength + 2>, 5> out{};

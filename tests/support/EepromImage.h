@@ -12,33 +12,33 @@
 #include "core/MerakResult.h"
 #include "eeprom/IMerakEepromAccess.h"
 
-class EepromImage final : public IMerakEepromAccess {
+class EepromImage final : public corvane::IMerakEepromAccess {
  public:
   static constexpr int kSize = 600;
 
   explicit EepromImage(unsigned char fill = 0) { bytes.fill(fill); }
 
-  unsigned int ReadEepromByte(int address, unsigned char& value) override {
+  MerakResult ReadEepromByte(int address, unsigned char& value) override {
     reads.push_back(address);
-    const unsigned int result = Result(address);
+    const MerakResult result = Result(address);
     value = result == merak::kSuccess ? At(address) : value;
     return result;
   }
-  unsigned int WriteEepromByte(int address, unsigned char value) override {
+  MerakResult WriteEepromByte(int address, unsigned char value) override {
     writes.push_back(address);
-    const unsigned int result = Result(address);
+    const MerakResult result = Result(address);
     At(address) = result == merak::kSuccess ? value : At(address);
     return result;
   }
   // The rest is no business of this family of records.
-  unsigned int GetConfigSystemData(int /*index*/, std::string& /*value*/) override { return Unexpected(); }
-  unsigned int SetConfigSystemData(int /*index*/, const std::string& /*value*/) override { return Unexpected(); }
-  unsigned int Position(float& /*wavelength*/) override { return Unexpected(); }
-  unsigned int ResetPosition() override { return Unexpected(); }
-  unsigned int GetTurret(int& /*turret*/) override { return Unexpected(); }
-  unsigned int SetTurret(int /*turret*/) override { return Unexpected(); }
-  unsigned int GetRawGratings(std::string& /*text*/) override { return Unexpected(); }
-  unsigned int GetGratings(std::vector<float>& /*lines*/, std::vector<std::string>& /*blazes*/) override {
+  MerakResult GetConfigSystemData(int /*index*/, std::string& /*value*/) override { return Unexpected(); }
+  MerakResult SetConfigSystemData(int /*index*/, const std::string& /*value*/) override { return Unexpected(); }
+  MerakResult Position(float& /*wavelength*/) override { return Unexpected(); }
+  MerakResult ResetPosition() override { return Unexpected(); }
+  MerakResult GetTurret(int& /*turret*/) override { return Unexpected(); }
+  MerakResult SetTurret(int /*turret*/) override { return Unexpected(); }
+  MerakResult GetRawGratings(std::string& /*text*/) override { return Unexpected(); }
+  MerakResult GetGratings(std::vector<float>& /*lines*/, std::vector<std::string>& /*blazes*/) override {
     return Unexpected();
   }
   bool IsSilent() const override { return mSilent; }
@@ -66,7 +66,7 @@ class EepromImage final : public IMerakEepromAccess {
   std::string TextAt(int address, int width) { return {bytes.begin() + address, bytes.begin() + address + width}; }
 
   /// Every exchange about one of these addresses fails from now on; `silent`: without any reply.
-  void FailAt(std::set<int> addresses, bool silent = false, unsigned int code = merak::kIoError) {
+  void FailAt(std::set<int> addresses, bool silent = false, MerakResult code = merak::kIoError) {
     Reset();
     mFailing = std::move(addresses);
     mSilence = silent;
@@ -86,12 +86,12 @@ class EepromImage final : public IMerakEepromAccess {
   int unexpectedCalls = 0;
 
  private:
-  unsigned int Result(int address) {
+  MerakResult Result(int address) {
     const bool fails = mFailing.count(address) != 0;
     mSilent = fails && mSilence;
     return fails ? mCode : merak::kSuccess;
   }
-  unsigned int Unexpected() {
+  MerakResult Unexpected() {
     ++unexpectedCalls;
     return merak::kUnknownError;
   }
@@ -99,5 +99,5 @@ class EepromImage final : public IMerakEepromAccess {
   std::set<int> mFailing;
   bool mSilence = false;
   bool mSilent = false;
-  unsigned int mCode = merak::kIoError;
+  MerakResult mCode = merak::kIoError;
 };

@@ -1,6 +1,8 @@
-#include "controller/TReplyWatch.h"
+#include "controller/ReplyWatch.h"
 
 #include "platform/TimeSource.h"
+
+namespace corvane {
 
 namespace {
 
@@ -13,18 +15,18 @@ constexpr std::uint64_t kShortReplyLimit = 5'000 * kMillisecond;
 constexpr std::uint64_t kShortSilenceLimit = 1'000 * kMillisecond;
 
 std::uint64_t Now() {
-  return corvane::Time().MonotonicMicroseconds();
+  return Time().MonotonicMicroseconds();
 }
 
 }  // namespace
 
-TReplyWatch::TReplyWatch(Patience patience) : mPatience(patience), mStart(Now()), mLatest(mStart), mHeard(mStart) {
+ReplyWatch::ReplyWatch(Patience patience) : mPatience(patience), mStart(Now()), mLatest(mStart), mHeard(mStart) {
 }
 
-bool TReplyWatch::GoOn(bool broughtCharacter) {
+bool ReplyWatch::GoOn(bool broughtCharacter) {
   std::uint64_t now = Now();
   if (!broughtCharacter && now - mLatest < kMillisecond) {
-    corvane::SleepMilliseconds(1);
+    SleepMilliseconds(1);
     now = Now();
   }
   mLatest = now;
@@ -43,10 +45,12 @@ bool TReplyWatch::GoOn(bool broughtCharacter) {
   return !mGaveUp;
 }
 
-bool TReplyWatch::IsOverdue() const {
+bool ReplyWatch::IsOverdue() const {
   return IsOverdueAt(Now());
 }
 
-bool TReplyWatch::IsOverdueAt(std::uint64_t now) const {
+bool ReplyWatch::IsOverdueAt(std::uint64_t now) const {
   return now - mStart > (mPatience == Patience::kShort ? kShortReplyLimit : kLongReplyLimit);
 }
+
+}  // namespace corvane

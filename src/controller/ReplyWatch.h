@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 
-class TReplyWatch {
+namespace corvane {
+
+class ReplyWatch {
  public:
   /// How a line without an answer is taken. kShort: gone after a second without a byte, or 5 s after the reply was
   /// asked for, whatever came. kLong: gone at the first silent read or line end behind the reply's two minutes, since
@@ -16,7 +18,7 @@ class TReplyWatch {
   static constexpr std::size_t kMaxLength = 65536;
 
   /// The clock starts now.
-  explicit TReplyWatch(Patience patience);
+  explicit ReplyWatch(Patience patience);
 
   /// A new line is expected.
   void LineBegins() { mLineBegun = false; }
@@ -45,3 +47,5 @@ class TReplyWatch {
   bool mGaveUp = false;
   bool mHadPause = false;
 };
+
+}  // namespace corvane
