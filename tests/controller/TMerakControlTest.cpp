@@ -40,19 +40,21 @@ struct Line {
   bool gaveUp = false;
 };
 
-TEST(TMerakControl, TranslatesStatusesAndWholeErrorWords) {
-  const MerakResult statuses[] = {0, 1, 2, 3, 4, 5, 6, 1, 7, 7, 7, 8, 8, 8, 8, 8, 6, 9, 1, 1};
-  for (unsigned int status = 0; status < std::size(statuses); ++status) {
-    EXPECT_EQ(TMerakControl::TranslateError(status), statuses[status]) << status;
+TEST(TMerakControl, StatusesOfTheBridgeHaveACodeOfTheController) {
+  EXPECT_EQ(TMerakControl::TranslateError(FT_FAILED_TO_WRITE_DEVICE), merak::kIllegalAccess);
+  EXPECT_EQ(TMerakControl::TranslateError(FT_NOT_SUPPORTED), merak::kNotSupported);
+  EXPECT_EQ(TMerakControl::TranslateError(FT_OTHER_ERROR), merak::kUnknownError);
+  EXPECT_EQ(TMerakControl::TranslateError(FT_OTHER_ERROR + 1), merak::kUnknownError);
+}
+
+TEST(TMerakControl, AnErrorWordIsTheWholeTextOrUnknown) {
+  const MerakResult codes[] = {2, 12, 8, 6, 1, 2, 6, 6, 6, 2, 10, 11, 2};  // E00 to E12, as the controllers have them
+  for (std::size_t i = 0; i < std::size(codes); ++i) {
+    const std::string word = (i < 10 ? "E0" : "E") + std::to_string(i);
+    EXPECT_EQ(TMerakControl::TranslateStringError(word), codes[i]) << word;
+    EXPECT_EQ(TMerakControl::TranslateStringError("\n" + word), merak::kUnknownError);
   }
-  const MerakResult words[] = {2, 12, 8, 6, 1, 2, 6, 6, 6, 2, 10, 11, 2, 1};
-  for (std::size_t i = 0; i < std::size(words); ++i) {
-    const std::string word = "E" + std::to_string(i / 10) + std::to_string(i % 10);
-    EXPECT_EQ(TMerakControl::TranslateStringError(word), words[i]) << word;
-    EXPECT_EQ(TMerakControl::TranslateStringError("\n" + word), 1U);
-  }
-  EXPECT_EQ(TMerakControl::TranslateStringError("Tivan_E13"), 13U);
-  EXPECT_EQ(TMerakControl::TranslateStringError("Tivan_E14"), 0U);
+  EXPECT_EQ(TMerakControl::TranslateStringError("E13"), merak::kUnknownError);
 }
 
 TEST(TMerakControl, JoinsLinesUntilOkOrAnErrorWord) {
@@ -61,15 +63,14 @@ TEST(TMerakControl, JoinsLinesUntilOkOrAnErrorWord) {
     MerakResult result;
     std::string text;
   } replies[] = {
-      {"POSITION?\r\n512.3000\r\r\nOK\r", 0, "POSITION?\n512.3000\n"},
-      {"E03\r", 6, "E03"},
-      {"X\nE03\r", 1, "X\nE03"},  // the code is that of the whole text
-      {"Tivan_E14\r", 0, "Tivan_E14"},
-      {"Tivan_E13\r", 13, "Tivan_E13"},
-      {"Tivan_E\r14\r", 0, "Tivan_E14"},
+      {"POSITION?\r\n512.3000\r\r\nOK\r", merak::kSuccess, "POSITION?\n512.3000\n"},
+      {"E03\r", merak::kInvalidParameter, "E03"},
+      {"X\nE03\r", merak::kUnknownError, "X\nE03"},  // the code is that of the whole text
+      {"Tivan_E13\r", merak::kNoText, "Tivan_E13"},
+      {"Tivan_E\r14\r", merak::kSuccess, "Tivan_E14"},
       // The protocol has no other mark: labels and serial numbers should not end so.
-      {"LABEL?\r\nBOOK\r", 0, "LABEL?\nBO"},
-      {"SERIAL?\r\nCV-E12\r", 1, "SERIAL?\nCV-E12"},
+      {"LABEL?\r\nBOOK\r", merak::kSuccess, "LABEL?\nBO"},
+      {"SERIAL?\r\nCV-E12\r", merak::kUnknownError, "SERIAL?\nCV-E12"},
   };
   for (const auto& reply : replies) {
     Line line;
@@ -86,7 +87,8 @@ TEST(TMerakControl, EveryWaitEnds) {
     const char* name;
     Patience patience;
     std::function<void(Device&)> talk;
-    std::uint64_t atLeast, atMost;
+    std::uint64_t atLeast;
+    std::uint64_t atMost;
   } waits[] = {
       {"two silent reads", Patience::kLong, [](Device&) {}, 200000, 200000},
       {"dripping", Patience::kLong, [](Device& d) { d.Queue(std::string(1000, 'x'), 0, 50000); }, 0, 400000},
@@ -100,7 +102,7 @@ TEST(TMerakControl, EveryWaitEnds) {
   for (const auto& wait : waits) {
     Line line;
     wait.talk(line.device);
-    EXPECT_EQ(line.Read(wait.patience), 4U) << wait.name;
+    EXPECT_EQ(line.Read(wait.patience), merak::kIoError) << wait.name;
     EXPECT_TRUE(line.gaveUp) << wait.name;
     EXPECT_GE(line.time.Slept() / 1000, wait.atLeast) << wait.name;
     EXPECT_LE(line.time.Slept() / 1000, wait.atMost) << wait.name;
@@ -110,7 +112,7 @@ TEST(TMerakControl, EveryWaitEnds) {
 TEST(TMerakControl, AnUnnoticedDeadLineDoesNotSpin) {
   Line line;
   line.device.readsReturnAtOnce = true;
-  EXPECT_EQ(line.Read(), 4U);
+  EXPECT_EQ(line.Read(), merak::kIoError);
   EXPECT_TRUE(line.gaveUp);
   // At most one read a millisecond.
   EXPECT_LE(static_cast<std::uint64_t>(line.device.reads), line.time.Slept() / 1000 + 1);
@@ -120,11 +122,11 @@ TEST(TMerakControl, AnUnnoticedDeadLineDoesNotSpin) {
 TEST(TMerakControl, AReadThatBringsNothingRepeatsTheCharacterBefore) {
   Line line;
   line.device.Queue("OK\r", 130000);
-  EXPECT_EQ(line.Read(), 0U) << "a move that answers after two minutes";
+  EXPECT_EQ(line.Read(), merak::kSuccess) << "a move that answers after two minutes";
   EXPECT_EQ(line.text, std::string(1, '\0'));
   line.device.Queue("AB");
   line.device.Queue("C\rOK\r", 100001);
-  EXPECT_EQ(line.Read(), 0U);
+  EXPECT_EQ(line.Read(), merak::kSuccess);
   EXPECT_EQ(line.text, "ABBC");
 }
 
@@ -132,13 +134,14 @@ TEST(TMerakControlI2C, CountsTheBytesBeforeACarriageReturnAndStoresItAllTheSame)
   ScriptedBus bus;
   bus.output = "\rab\rcd" + std::string(1000, 'x');
   const struct {
-    unsigned int asked, received;
+    unsigned int asked;
+    unsigned int received;
     std::string buffer;
   } reads[] = {{1, 0, "\r."}, {5, 2, "ab\rcd."}, {1000, 1000, std::string(1000, 'x')}};
   for (const auto& read : reads) {
     std::string buffer(1001, '.');
     unsigned int received = 9;
-    EXPECT_EQ(TMerakControlI2C(&bus).Read(buffer.data(), read.asked, &received), 0U);
+    EXPECT_EQ(TMerakControlI2C(&bus).Read(buffer.data(), read.asked, &received), unsigned{FT_OK});
     EXPECT_EQ(received, read.received);
     EXPECT_TRUE(buffer.starts_with(read.buffer));
   }
@@ -146,24 +149,31 @@ TEST(TMerakControlI2C, CountsTheBytesBeforeACarriageReturnAndStoresItAllTheSame)
 
 TEST(TMerakControlI2C, DiscardsOneStaleLineThenSendsTheWholeLineInOneBurst) {
   ScriptedBus bus;
-  TMerakControlI2C transport(&bus);
   bus.output = "stale\rnext";
-  EXPECT_EQ(transport.Write("Hello\r", 6, nullptr), 0U);
+  EXPECT_EQ(TMerakControlI2C(&bus).Write("Hello\r", 6, nullptr), unsigned{FT_OK});
   EXPECT_THAT(bus.bursts, ElementsAre("Hello\r"));
   EXPECT_EQ(bus.output, "next");
+}
+
+TEST(TMerakControlI2C, AStaleLineWithoutEndIsGivenUp) {
+  ScriptedBus bus;
   bus.endless = 'x';
-  bus.reads.clear();
-  EXPECT_EQ(transport.Write("x\r", 2, nullptr), 0U) << "clearing an output without end is given up";
+  EXPECT_EQ(TMerakControlI2C(&bus).Write("x\r", 2, nullptr), unsigned{FT_OK});
   EXPECT_LE(bus.reads.size(), 65536U);
+}
+
+TEST(TMerakControlI2C, ARefusedBurstIsAFailure) {
+  ScriptedBus bus;
   bus.writeStatus = 20081;
-  EXPECT_EQ(transport.Write("x", 1, nullptr), 4U);
+  EXPECT_EQ(TMerakControlI2C(&bus).Write("x\r", 2, nullptr), unsigned{FT_IO_ERROR});
 }
 
 TEST(TMerakControlUSB, LeavesTheMakersProductInTheBridgesTable) {
   ScriptedBridge bridge;
   const TMerakControlUSB transport;
   // The bridge has room for one pair, so the order decides.
-  EXPECT_THAT(bridge.products, ElementsAre(Pair(0x0403U, 0xD493U), Pair(0x0403U, 0xD491U), Pair(0x136EU, 0x0017U)));
+  EXPECT_THAT(bridge.products,
+              ElementsAre(ScriptedBridge::kSecondLxProduct, ScriptedBridge::kLxProduct, ScriptedBridge::kSxProduct));
 }
 
 class TMerakOrbisComTest : public testing::Test {
@@ -182,37 +192,44 @@ class TMerakOrbisComTest : public testing::Test {
   ScriptedBridge::Device& mDevice = mBridge.Add();
   ScriptedBus mBus;
   TMerakOrbisCom mCom{nullptr};
-  std::string mReply = "old";
 };
 
 TEST_F(TMerakOrbisComTest, OpensABridgeWithTimeoutsIdlePurgesAndGreeting) {
   mController.SetAnswer("Hello", "E01\r");
-  EXPECT_EQ(mCom.Open(0, true), 0U) << "whatever becomes of the greeting";
+  EXPECT_EQ(mCom.Open(0, true), merak::kSuccess) << "whatever becomes of the greeting";
   EXPECT_EQ(mDevice.written, "Hello\r");
-  EXPECT_EQ(mCom.RestoreLongTimeouts(), 0U);
-  EXPECT_THAT(mDevice.timeouts, ElementsAre(Pair(100U, 100U), Pair(100000U, 1000U)));
+  EXPECT_EQ(mCom.RestoreLongTimeouts(), merak::kSuccess);
+  EXPECT_THAT(mDevice.timeouts, ElementsAre(Pair(100U, 100U), Pair(100'000U, 1'000U)));
   EXPECT_THAT(mDevice.purges, ElementsAre(4U, 8U));
-  EXPECT_EQ(mCom.Close(), 0U);
-  EXPECT_EQ(mCom.Close(), 3U);
-  EXPECT_EQ(mCom.Open(5, false), 1U);
-  EXPECT_EQ(mCom.Command("X"), 3U) << "a failed open leaves nothing open";
 }
 
-TEST_F(TMerakOrbisComTest, IndexZeroIsTheControllerOnTheBusWhenThereIsOne) {
-  mBridge.Add();
+TEST_F(TMerakOrbisComTest, NothingIsOpenAfterACloseOrAFailedOpen) {
+  mCom.Open(0, false);
+  EXPECT_EQ(mCom.Close(), merak::kSuccess);
+  EXPECT_EQ(mCom.Close(), merak::kDeviceNotOpen);
+  EXPECT_EQ(mCom.Open(5, false), merak::kUnknownError);
+  EXPECT_EQ(mCom.Command("X"), merak::kDeviceNotOpen);
+}
+
+TEST_F(TMerakOrbisComTest, AControllerOnTheBusIsLookedForAndNothingElse) {
   TMerakOrbisCom com(&mBus);
   com.SetTrace(true);
-  // One look whether a controller is there. Nothing is set up or told, and no bridge is touched.
   EXPECT_EQ(Traced([&] { com.Open(0, true); }), "");
   EXPECT_THAT(mBus.reads, ElementsAre(16));
   EXPECT_THAT(mBus.bursts, IsEmpty());
   EXPECT_EQ(mDevice.opens, 0);
   com.SetTrace(false);
-  EXPECT_EQ(com.Open(1, false), 0U);
-  EXPECT_TRUE(mBridge.At(1).isOpen);
+}
+
+TEST_F(TMerakOrbisComTest, OtherIndicesAndAnEmptyBusAreTheBridges) {
+  const ScriptedBridge::Device& second = mBridge.Add();
+  TMerakOrbisCom com(&mBus);
+  EXPECT_EQ(com.Open(1, false), merak::kSuccess);
+  EXPECT_TRUE(second.isOpen);
   mBus.absent = true;
-  EXPECT_EQ(com.Open(0, false), 0U);
-  EXPECT_TRUE(mDevice.isOpen && !mBridge.At(1).isOpen);
+  EXPECT_EQ(com.Open(0, false), merak::kSuccess);
+  EXPECT_TRUE(mDevice.isOpen);
+  EXPECT_FALSE(second.isOpen) << "what was open before is closed";
 }
 
 TEST_F(TMerakOrbisComTest, AQueryStripsItsEchoAndDropsUpToThreeRepliesWithoutIt) {
@@ -222,51 +239,57 @@ TEST_F(TMerakOrbisComTest, AQueryStripsItsEchoAndDropsUpToThreeRepliesWithoutIt)
     MerakResult result;
     std::string reply;
   } cases[] = {
-      {"FILTER?\r\n40\r\nOK\r", 0, "\n40\n"},
+      {"FILTER?\r\n40\r\nOK\r", merak::kSuccess, "\n40\n"},
       // Told by the word alone, in any case; a reply of nothing but the echo stays.
-      {"filter?OK\r", 0, "filter?"},
-      {"stale\r\nOK\rOK\rFILTER?\r\n3\r\nOK\r", 0, "\n3\n"},
-      {"Tivan_E14\rFILTER?\r\n4\r\nOK\r", 0, "\n4\n"},  // succeeds and has no echo
-      {"E03\r", 6, "E03"},
-      {"FILTER?\r\nE03\r", 1, "\nE03"},
-      {"a\rOK\rb\rOK\rc\rOK\rFILTER?\r\n5\r\nOK\r", 0, ""},
+      {"filter?OK\r", merak::kSuccess, "filter?"},
+      {"stale\r\nOK\rOK\rFILTER?\r\n3\r\nOK\r", merak::kSuccess, "\n3\n"},
+      {"Tivan_E14\rFILTER?\r\n4\r\nOK\r", merak::kSuccess, "\n4\n"},  // succeeds and has no echo
+      {"E03\r", merak::kInvalidParameter, "E03"},
+      {"FILTER?\r\nE03\r", merak::kUnknownError, "\nE03"},
+      {"a\rOK\rb\rOK\rc\rOK\rFILTER?\r\n5\r\nOK\r", merak::kSuccess, ""},
   };
   for (const auto& query : cases) {
     mController.SetAnswer("FILTER?", query.bytes);
-    EXPECT_EQ(mCom.Query("FILTER", "", mReply), query.result) << query.bytes;
-    EXPECT_EQ(mReply, query.reply);
+    std::string reply = "old";
+    EXPECT_EQ(mCom.Query("FILTER", "", reply), query.result) << query.bytes;
+    EXPECT_EQ(reply, query.reply);
     EXPECT_FALSE(mCom.IsSilent());
   }
 }
 
-TEST_F(TMerakOrbisComTest, TellsSilenceFromFailureAndWaitsAsItsTimeoutsSay) {
+TEST_F(TMerakOrbisComTest, WaitsForASilentControllerAsItsTimeoutsSay) {
   mController.SetAnswer("X", "");
-  for (const bool shortTimeouts : {true, false}) {
+  const std::pair<bool, std::uint64_t> waits[] = {{true, 1'000'000}, {false, 200'000'000}};
+  for (const auto& [shortTimeouts, microseconds] : waits) {
     mCom.Open(0, shortTimeouts);
     const std::uint64_t before = mTime.Slept();
-    EXPECT_EQ(mCom.Command("X"), 4U);
-    EXPECT_EQ(mTime.Slept() - before, shortTimeouts ? 1'000'000U : 200'000'000U);
+    EXPECT_EQ(mCom.Command("X"), merak::kIoError);
+    EXPECT_EQ(mTime.Slept() - before, microseconds);
     EXPECT_TRUE(mCom.IsSilent());
   }
-  EXPECT_EQ(mCom.Command("Y"), 0U);
+  EXPECT_EQ(mCom.Command("Y"), merak::kSuccess);
+  EXPECT_FALSE(mCom.IsSilent()) << "until the next reply";
+}
+
+TEST_F(TMerakOrbisComTest, AFailureOfTheBridgeIsNoSilence) {
+  mCom.Open(0, false);
+  mDevice.readStatus = FT_IO_ERROR;
+  EXPECT_EQ(mCom.Command("Y"), merak::kIoError);
   EXPECT_FALSE(mCom.IsSilent());
-  const std::pair<FT_STATUS, MerakResult> failures[] = {{FT_IO_ERROR, 4}, {FT_INVALID_HANDLE, 1}};
-  for (const auto& [status, result] : failures) {
-    mDevice.readStatus = status;
-    EXPECT_EQ(mCom.Command("Y"), result);
-    EXPECT_FALSE(mCom.IsSilent());
-  }
+  mDevice.readStatus = FT_INVALID_HANDLE;
+  EXPECT_EQ(mCom.Command("Y"), merak::kUnknownError);
+  EXPECT_FALSE(mCom.IsSilent());
 }
 
 TEST_F(TMerakOrbisComTest, TheBusFailsAtOnceWithoutDataAndIsSilentWhenItsOutputNeverEnds) {
   mBus.responder = mController;
   TMerakOrbisCom com(&mBus);
-  ASSERT_EQ(com.Open(0, false), 0U);
+  ASSERT_EQ(com.Open(0, false), merak::kSuccess);
   mController.SetAnswer("X", "");
-  EXPECT_EQ(com.Command("X"), 4U) << "at once: the bus has no waiting of its own";
+  EXPECT_EQ(com.Command("X"), merak::kIoError) << "at once: the bus has no waiting of its own";
   EXPECT_FALSE(com.IsSilent());
   mBus.endless = '\0';
-  EXPECT_EQ(com.Command("X"), 4U);
+  EXPECT_EQ(com.Command("X"), merak::kIoError);
   EXPECT_TRUE(com.IsSilent());
 }
 
@@ -274,13 +297,14 @@ TEST_F(TMerakOrbisComTest, TracesWhatItDoesWithItsTime) {
   mController.SetAnswer("MOVETO 1", "doneOK\r");
   mController.SetValue("FILTER", "3");
   mCom.SetTrace(true);
+  std::string reply;
   // A line ended by a carriage return is followed by 1 ms of rest.
   EXPECT_EQ(Traced([&] {
               mCom.Open(0, false);
               mDevice.answerDelayMs = 1005;
               mCom.Command("MOVETO", "1");
               mDevice.answerDelayMs = 0;
-              mCom.Query("FILTER", "", mReply);
+              mCom.Query("FILTER", "", reply);
               mDevice.writeStatus = FT_IO_ERROR;
               mCom.Command("X");
               mCom.Close();
@@ -289,7 +313,6 @@ TEST_F(TMerakOrbisComTest, TracesWhatItDoesWithItsTime) {
             "C+ MOVETO 1\r\nTook 1.5 seconds\nC-done\n"
             "Q+ FILTER?\r\nTook 0.2 seconds\nQ=FILTER?\n3\n\n"
             "C+ X\r\nC=\nCLS+\nCLS- Ok\n");
-  mCom.SetTrace(false);
 }
 
 }  // namespace

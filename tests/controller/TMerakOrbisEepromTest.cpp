@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "controller/TMerakOrbis.h"
 #include "eeprom/TTivanMerakEeprom.h"
@@ -21,7 +23,7 @@ class TMerakOrbisEeprom : public testing::Test {
 
 TEST_F(TMerakOrbisEeprom, StructureVersionNumbersThatAreMissingStayAsTheyAre) {
   const std::pair<const char*, std::pair<int, int>> versions[] = {
-      {"3.0.7", {3, 0}}, {"4", {4, -1}}, {".5", {-1, 5}}, {"", {-1, -1}}, {"99999999999.x", {2147483647, 0}}};
+      {"3.0.7", {3, 0}}, {"4", {4, -1}}, {".5", {-1, 5}}, {"", {-1, -1}}, {"99999999999.x", {INT_MAX, 0}}};
   for (const auto& [text, expected] : versions) {
     std::pair numbers(-1, -1);
     TMerakOrbis::GetEepromStructureVersion(text, &numbers.first, &numbers.second);
@@ -29,22 +31,49 @@ TEST_F(TMerakOrbisEeprom, StructureVersionNumbersThatAreMissingStayAsTheyAre) {
   }
 }
 
+TEST_F(TMerakOrbisEeprom, ValuesOfFourBytesLieLeastSignificantFirst) {
+  EXPECT_EQ(mOrbis->WriteEepromInt32(100, -0x01020304), merak::kSuccess);
+  EXPECT_EQ(mInstrument.eeprom.TextAt(100, 4), "\xFC\xFC\xFD\xFE");
+  EXPECT_EQ(mOrbis->WriteEepromFloat(104, -546.074F), merak::kSuccess);
+  EXPECT_EQ(mInstrument.eeprom.FloatAt(104), -546.074F);
+  int whole = 0;
+  EXPECT_EQ(mOrbis->ReadEepromInt32(100, whole), merak::kSuccess);
+  EXPECT_EQ(whole, -0x01020304);
+  float real = 0;
+  EXPECT_EQ(mOrbis->ReadEepromFloat(104, real), merak::kSuccess);
+  EXPECT_EQ(real, -546.074F);
+}
+
+TEST_F(TMerakOrbisEeprom, AFailingByteEndsAValueOfFourBytes) {
+  mInstrument.eeprom.Put(100, 0x01020304);
+  mInstrument.errors["SAVEINFO? 102"] = "E02";
+  int whole = 0x77777777;
+  EXPECT_EQ(mOrbis->ReadEepromInt32(100, whole), merak::kEepromError);
+  EXPECT_EQ(whole, 0x77030304) << "the failing byte is as the one before it";
+  float real = 9.0F;
+  EXPECT_EQ(mOrbis->ReadEepromFloat(100, real), merak::kEepromError);
+  EXPECT_EQ(real, 9.0F);
+  mInstrument.errors["SAVEINFO 101,0"] = "E02";
+  EXPECT_EQ(mOrbis->WriteEepromInt32(100, 0), merak::kEepromError);
+  EXPECT_EQ(mInstrument.eeprom.IntAt(100), 0x01020300);
+}
+
 TEST_F(TMerakOrbisEeprom, ACloseWritesTheRecordAndForgetsIt) {
-  ASSERT_EQ(mOrbis->ReadEeprom(), 0U);
-  EXPECT_EQ(mOrbis->SetSerialNumber("CV99"), 0U);
-  EXPECT_EQ(mOrbis->Close(), 0U);
+  ASSERT_EQ(mOrbis->ReadEeprom(), merak::kSuccess);
+  mOrbis->SetSerialNumber("CV99");
+  EXPECT_EQ(mOrbis->Close(), merak::kSuccess);
   EXPECT_EQ(mInstrument.eeprom.TextAt(31, 5), std::string("CV99\0", 5));
-  EXPECT_EQ(mOrbis->GetIDString(), "");
+  EXPECT_EQ(mOrbis->GetSerialNumber(), "");
   EXPECT_EQ(mOrbis->GetFocalLength(), 0.0F);
-  float value = 9;
-  const MerakResult results[] = {mOrbis->SetFocalLength(1.0F), mOrbis->SetActiveTurret(0), mOrbis->ReadEeprom(),
-                                 mOrbis->WriteEeprom(), mOrbis->ReadOpticalParamsFromEEPROM(&value, nullptr, nullptr)};
-  EXPECT_THAT(results, testing::Each(3U));
+  EXPECT_EQ(mOrbis->SetFocalLength(1.0F), merak::kDeviceNotOpen);
+  EXPECT_EQ(mOrbis->WriteEeprom(), merak::kDeviceNotOpen);
+  float value = 9.0F;
+  EXPECT_EQ(mOrbis->ReadOpticalParamsFromEEPROM(&value, nullptr, nullptr), merak::kDeviceNotOpen);
   EXPECT_EQ(value, 9.0F);
 }
 
 TEST_F(TMerakOrbisEeprom, AnotherOpenDropsTheRecordUnwritten) {
-  ASSERT_EQ(mOrbis->ReadEeprom(), 0U);
+  ASSERT_EQ(mOrbis->ReadEeprom(), merak::kSuccess);
   mOrbis->SetSerialNumber("CV99");
   mInstrument.Take();
   mOrbis->Open(0);
@@ -53,25 +82,30 @@ TEST_F(TMerakOrbisEeprom, AnotherOpenDropsTheRecordUnwritten) {
 }
 
 TEST_F(TMerakOrbisEeprom, SilenceEndsATransferAndIsNotWaitedForAgain) {
-  // Silent while the record is read, which ends with the first byte, and before it is written.
-  for (const std::size_t answers : {40U, 354U}) {
+  constexpr std::size_t kLinesOfOpening = 3;
+  constexpr std::size_t kBytesOfRecord = 354;
+  // Silent while the record is read, which ends with the first byte, and once it is read.
+  for (const std::size_t bytes : {std::size_t{40}, kBytesOfRecord}) {
+    mInstrument.answers = kLinesOfOpening + bytes;
     mOrbis->Open(0);
-    mInstrument.answers = answers;
-    EXPECT_EQ(mOrbis->ReadEeprom(), 0U);
+    EXPECT_EQ(mOrbis->ReadEeprom(), merak::kSuccess);
     int value = 0;
-    EXPECT_EQ(mOrbis->GetSaveInfo(1, value), 4U);
+    EXPECT_EQ(mOrbis->GetSaveInfo(1, value), merak::kIoError);
     EXPECT_TRUE(mOrbis->IsSilent());
     mOrbis->SetSerialNumber("CV99");
     const std::uint64_t before = mInstrument.Time().Slept();
-    EXPECT_EQ(mOrbis->Close(), 0U);
+    EXPECT_EQ(mOrbis->Close(), merak::kSuccess);
     EXPECT_LE(mInstrument.Time().Slept() - before, 1'000'000U);
-    mInstrument.answers = 1000;
   }
 }
 
 /// The record of an SX on the wire.
 class HaldenRecord : public testing::Test {
  protected:
+  static constexpr std::size_t kParameters = 78;
+  /// Those, the three texts by which turrets count, and the turret.
+  static constexpr std::size_t kLinesOfReading = 82;
+
   HaldenRecord() {
     for (int number = 0; number <= 123; ++number) {
       mInstrument.texts[number] = std::to_string(number);
@@ -96,127 +130,168 @@ class HaldenRecord : public testing::Test {
     }
     return sent;
   }
-  Lines Read() { return mOrbis->ReadEeprom(), Sent(); }
-  Lines Write() { return mOrbis->WriteEeprom(), Sent(); }
+  Lines LinesOfReading() {
+    EXPECT_EQ(mOrbis->ReadEeprom(), merak::kSuccess);
+    return Sent();
+  }
+  Lines LinesOfWriting() {
+    EXPECT_EQ(mOrbis->WriteEeprom(), merak::kSuccess);
+    return Sent();
+  }
+  std::string& Text(int number) { return mInstrument.texts[number]; }
 
   Instrument mInstrument;
   std::unique_ptr<TMerakOrbis> mOrbis;
 };
 
 TEST_F(HaldenRecord, ParametersAreReadInOrderAndWrittenBackAsTheyWere) {
-  Lines asked = Read();
-  ASSERT_EQ(asked.size(), 82U);
+  Lines asked = LinesOfReading();
+  ASSERT_EQ(asked.size(), kLinesOfReading);
   EXPECT_EQ(Lines(asked.begin(), asked.begin() + 22),
             (Lines{"?1",  "?5",  "?0",  "?2",  "?3",  "?6",  "?7",  "?8",  "?14", "?13", "?12",
                    "?11", "?10", "?16", "?17", "?15", "?55", "?19", "?31", "?43", "?56", "?20"}));
-  mOrbis->SetWaveToStepsEnable(1);
-  EXPECT_EQ(mOrbis->GetWaveToStepsEnable(), 0);
   const auto before = mInstrument.texts;
-  asked.resize(78);
+  asked.resize(kParameters);
   for (std::string& line : asked) {
     line.erase(0, 1);
   }
-  EXPECT_EQ(Write(), asked);
+  EXPECT_EQ(LinesOfWriting(), asked);
   for (const auto& [number, text] : before) {
-    EXPECT_EQ(mInstrument.texts[number] != text, number == 3) << number << ": only the day of writing is new";
+    EXPECT_EQ(Text(number) != text, number == 3) << number << ": only the day of writing is new";
   }
 }
 
-TEST_F(HaldenRecord, NumbersKeepTheirValueAndStopAtTheFirstThatFails) {
-  EXPECT_EQ(mOrbis->WriteOpticalParamsToEEPROM(1e-20F, 1.0F / 3.0F, 1000000.0F), 0U);
-  Read();
+TEST_F(HaldenRecord, NumbersKeepTheirValueOnTheWire) {
+  EXPECT_EQ(mOrbis->WriteOpticalParamsToEEPROM(1e-20F, 1.0F / 3.0F, 1000000.0F), merak::kSuccess);
+  LinesOfReading();
   EXPECT_EQ(mOrbis->GetFocalLength(), 1e-20F);
   EXPECT_EQ(mOrbis->GetAngularDev(), 1.0F / 3.0F);
-  EXPECT_EQ(mInstrument.texts[8], "1e+06");
+  EXPECT_EQ(Text(8), "1e+06");
+}
+
+TEST_F(HaldenRecord, OpticalParametersEndAtTheFirstThatFails) {
   mInstrument.errors["CONFIG_SYSTEM_DATA 7,2"] = "E02";
-  EXPECT_EQ(mOrbis->WriteOpticalParamsToEEPROM(1.0F, 2.0F, 3.0F), 8U);
+  EXPECT_EQ(mOrbis->WriteOpticalParamsToEEPROM(1.0F, 2.0F, 3.0F), merak::kEepromError);
   EXPECT_EQ(Sent(), (Lines{"6", "7"}));
 }
 
+TEST_F(HaldenRecord, ARecordThatWasNeverReadWritesTheDayAlone) {
+  EXPECT_EQ(LinesOfWriting(), Lines{"3"});
+}
+
 TEST_F(HaldenRecord, WhatWasNotReadWholeIsLeftToTheInstrumentUntilASetterStoresIt) {
-  EXPECT_EQ(Write(), Lines{"3"}) << "never read";
-  auto& t = mInstrument.texts;
   mInstrument.errors["CONFIG_SYSTEM_DATA? 6"] = "E02";
-  t[8] = "none";
-  t[82] = std::string(240, 'x');
-  t[43] = std::string(32, 'b');
-  t[83] = "two\nlines";
-  Read();
+  Text(8) = "none";
+  Text(82) = std::string(240, 'x');
+  Text(43) = std::string(32, 'b');
+  Text(83) = "two\nlines";
+  LinesOfReading();
   EXPECT_EQ(mOrbis->GetFocalLength(), 0.75F);
-  EXPECT_EQ(mOrbis->GetFilterString(0) + mOrbis->GetGratingBlaze(0, 0), std::string(239, 'x') + std::string(31, 'b'));
-  EXPECT_EQ(Write().size(), 78U - 5U);
-  EXPECT_EQ(t[8] + t[83], "nonetwo\nlines");
+  EXPECT_EQ(mOrbis->GetFilterString(0), std::string(239, 'x'));
+  EXPECT_EQ(mOrbis->GetGratingBlaze(0, 0), std::string(31, 'b'));
+  EXPECT_EQ(LinesOfWriting().size(), kParameters - 5);
+  EXPECT_EQ(Text(8), "none");
+  EXPECT_EQ(Text(83), "two\nlines");
   mOrbis->SetPlaneTilt(6.7F);
   mOrbis->SetFilterString(1, "one line");
-  EXPECT_EQ(Write().size(), 78U - 3U);
-  EXPECT_EQ(t[8] + t[83], "6.7one line");
-  mInstrument.answers = 18;
-  EXPECT_EQ(Read().size(), 19U) << "silence ends it";
-  mInstrument.answers = 100;
-  EXPECT_EQ(Write().size(), 18U - 1U) << "what arrived, but for the failing one";
+  EXPECT_EQ(LinesOfWriting().size(), kParameters - 3);
+  EXPECT_EQ(Text(8), "6.7");
+  EXPECT_EQ(Text(83), "one line");
 }
 
-TEST_F(HaldenRecord, GratingOffsetsReachTheInstrumentAtOnceAndDetectorOffsetsWithThem) {
-  Read();
+TEST_F(HaldenRecord, SilenceEndsTheReadingAndKeepsTheRestOutOfTheWriting) {
+  LinesOfReading();
+  mInstrument.answers = 18;
+  EXPECT_EQ(LinesOfReading().size(), 19U);
+  mInstrument.answers = 100;
+  EXPECT_EQ(LinesOfWriting().size(), 18U);
+}
+
+TEST_F(HaldenRecord, AChangedGratingOffsetReachesTheInstrumentAtOnceAndDetectorOffsetsWithIt) {
+  LinesOfReading();
   mOrbis->SetDetectorOffset(1, 1, 5);
   mOrbis->SetActiveTurretGratingOffset(1, -551);
-  EXPECT_TRUE(Sent().empty()) << "the offset did not change";
-  EXPECT_EQ(mOrbis->SetActiveTurretGratingOffset(3, 9), 0U);
-  EXPECT_EQ(mInstrument.texts[58] + " " + mInstrument.texts[70], "9 5");
+  EXPECT_EQ(Sent(), Lines()) << "the offset did not change";
+  EXPECT_EQ(mOrbis->SetActiveTurretGratingOffset(3, 9), merak::kSuccess);
+  EXPECT_EQ(Text(58), "9");
+  EXPECT_EQ(Text(70), "5");
   EXPECT_EQ(Sent().back(), "MOVETO 546.1000");
-  mInstrument.errors["CONFIG_SYSTEM_DATA 60,-555"] = "E02";
-  EXPECT_EQ(mOrbis->SetGratingOffset(0, 0, 1), 8U);
-  EXPECT_EQ(Sent().size(), 18U) << "the others and the position all the same";
-  mInstrument.answers = 2;
-  EXPECT_EQ(mOrbis->SetGratingOffset(0, 0, 2), 4U);
-  EXPECT_EQ(Sent().size(), 3U) << "nothing to one that is silent";
 }
 
-TEST_F(HaldenRecord, TurretsAreCountedByTheirTextsAndTheOddOnesAnswerZero) {
-  using Answers = std::vector<int>;
-  const std::pair<std::pair<const char*, const char*>, Answers> cases[] = {
-      {{"3", ""}, {2, 28, -559}},
-      {{"99", "0"}, {99, 0, 0}},
-      {{"0", "2"}, {-1, 28, -559}},
-      {{"0", "-1"}, {-1, 0, 0}},
-      {{"2", ""}, {1, 24, -555}},
-      {{"x", ""}, {1, 24, -555}},
-      {{"-2147483647", "0"}, {-2147483647 - 1, 0, 0}}};
-  for (const auto& [texts, expected] : cases) {
-    mInstrument.values["TURRET"] = texts.first;
-    mInstrument.texts[18] = texts.second;
-    Read();
-    EXPECT_EQ((Answers{mOrbis->GetActiveTurret(), mOrbis->GetActiveTurretGratingStart(1),
-                       mOrbis->GetActiveTurretGratingOffset(1)}),
-              expected)
-        << texts.first << " " << texts.second;
+TEST_F(HaldenRecord, AFailingOffsetLeavesTheOthersAndSilenceEndsThem) {
+  LinesOfReading();
+  mInstrument.errors["CONFIG_SYSTEM_DATA 60,-555"] = "E02";
+  EXPECT_EQ(mOrbis->SetGratingOffset(0, 0, 1), merak::kEepromError);
+  EXPECT_EQ(Sent().size(), 12U + 4U + 2U) << "all offsets, and the position asked for and approached";
+  mInstrument.answers = 2;
+  EXPECT_EQ(mOrbis->SetGratingOffset(0, 0, 2), merak::kIoError);
+  EXPECT_EQ(Sent().size(), 3U);
+}
+
+TEST_F(HaldenRecord, TheActiveTurretIsTheControllersOrTheOneHeld) {
+  struct Turret {
+    const char* controllers;
+    const char* held;
+    int active;
+    int start;
+    int offset;
+  };
+  const Turret turrets[] = {
+      {"3", "", 2, 28, -559}, {"99", "0", 99, 0, 0},  {"0", "2", -1, 28, -559},           {"0", "-1", -1, 0, 0},
+      {"2", "", 1, 24, -555}, {"x", "", 1, 24, -555}, {"-2147483647", "0", INT_MIN, 0, 0}};
+  for (const Turret& turret : turrets) {
+    mInstrument.values["TURRET"] = turret.controllers;
+    Text(18) = turret.held;
+    LinesOfReading();
+    EXPECT_EQ(mOrbis->GetActiveTurret(), turret.active) << turret.controllers;
+    EXPECT_EQ(mOrbis->GetActiveTurretGratingStart(1), turret.start) << turret.controllers;
+    EXPECT_EQ(mOrbis->GetActiveTurretGratingOffset(1), turret.offset) << turret.controllers;
   }
   EXPECT_EQ(mOrbis->SetActiveTurret(3), TTivanMerakEeprom::kOutOfRange);
-  EXPECT_TRUE(Sent().empty());
-  mInstrument.texts[122] = "";
-  Read();
-  EXPECT_EQ(mOrbis->GetNoOfTurrets(), 0) << "whatever follows";
+  EXPECT_EQ(Sent(), Lines());
 }
 
-TEST_F(HaldenRecord, GratingsAreTheControllersAndTheFarewellComesLast) {
-  // A text that ends as a reply does ends its own; the next one is read all the same.
-  mInstrument.texts[83] = "BOOK";
-  Read();
-  EXPECT_EQ(mOrbis->GetFilterString(1) + "|" + mOrbis->GetFilterString(2), "BO|84");
-  EXPECT_EQ(mOrbis->LoadActiveTurretGratings(), 12U) << "no list";
+TEST_F(HaldenRecord, TurretsAreCountedUpToTheFirstWithoutAText) {
+  Text(122) = "";
+  LinesOfReading();
+  EXPECT_EQ(mOrbis->GetNoOfTurrets(), 0);
+}
+
+TEST_F(HaldenRecord, ATextThatEndsAsAReplyDoesIsCutAndLeftToTheInstrument) {
+  Text(83) = "BOOK";
+  LinesOfReading();
+  EXPECT_EQ(mOrbis->GetFilterString(1), "BO");
+  EXPECT_EQ(mOrbis->GetFilterString(2), "84") << "the next one is read all the same";
+  LinesOfWriting();
+  EXPECT_EQ(Text(83), "BOOK");
+}
+
+TEST_F(HaldenRecord, ATextOfTwoLinesIsRefused) {
+  EXPECT_EQ(mOrbis->SetFilterString(2, "two\nlines"), merak::kInvalidParameter);
+}
+
+TEST_F(HaldenRecord, GratingsOfTheActiveTurretAreTheControllers) {
+  EXPECT_EQ(mOrbis->LoadActiveTurretGratings(), merak::kIllegalCommand) << "no list";
   mInstrument.values["GRATINGS"] = "1,1200.5,500\r\n2,600," + std::string(50, 'b') + "\r\n3,300";
-  EXPECT_EQ(mOrbis->LoadActiveTurretGratings(), 0U);
-  EXPECT_EQ(mOrbis->GetActiveTurretGratingLines(0) + mOrbis->GetActiveTurretGratingLines(2), 1500.5F);
+  EXPECT_EQ(mOrbis->LoadActiveTurretGratings(), merak::kSuccess);
+  EXPECT_EQ(mOrbis->GetActiveTurretGratingLines(0), 1200.5F);
+  EXPECT_EQ(mOrbis->GetActiveTurretGratingLines(2), 300.0F);
   EXPECT_EQ(mOrbis->GetActiveTurretGratingBlaze(1), std::string(31, 'b'));
-  for (const int bad : {-1, 4, 2147483647}) {
+  for (const int bad : {-1, 4, INT_MAX}) {
     EXPECT_EQ(mOrbis->GetActiveTurretGratingLines(bad), 0.0F);
     EXPECT_EQ(mOrbis->GetActiveTurretGratingBlaze(bad), "");
   }
+}
+
+TEST_F(HaldenRecord, AnEndWritesTheRecordThenBidsFarewellThenClosesTheLine) {
+  LinesOfReading();
   mOrbis->SetFilterString(0, "OG 570");
-  EXPECT_EQ(mOrbis->SetFilterString(2, "two\nlines"), 6U) << "it could not travel";
-  mOrbis->Close();
-  EXPECT_EQ(mInstrument.texts[82] + mInstrument.texts[83] + mInstrument.texts[84] + Sent().back(),
-            "OG 570BOOK84GOODBYE");
+  mOrbis.reset();
+  const Lines sent = Sent();
+  ASSERT_EQ(sent.size(), kParameters + 1);
+  EXPECT_EQ(sent.back(), "GOODBYE");
+  EXPECT_EQ(Text(82), "OG 570");
+  EXPECT_FALSE(mInstrument.IsConnected());
 }
 
 }  // namespace

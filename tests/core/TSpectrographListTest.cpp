@@ -5,8 +5,8 @@
 
 #include <array>
 #include <climits>
+#include <functional>
 #include <memory>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -23,13 +23,21 @@ namespace {
 using Buses = std::vector<TI2CInterface*>;
 
 struct FakeDetector final : TDetectorInterface {
-  unsigned int GetNumberOfPixels(int& count) override { return count = pixels, 0; }
+  unsigned int GetNumberOfPixels(int& count) override {
+    count = pixels;
+    return 0;
+  }
   int pixels = 0;
 };
 
-/// Cameras of 1000, 1001, ... pixels; a null bus has no older instrument.
+/// Cameras of 1000, 1001, ... pixels; a null bus has no older instrument. The last thing they do is to call `atEnd`.
 struct FakeCameras final : TI2CController {
-  explicit FakeCameras(Buses itsBuses) : buses(std::move(itsBuses)), detectors(buses.size()) {}
+  explicit FakeCameras(
+      Buses itsBuses, std::function<void()> itsEnd = [] {})
+      : buses(std::move(itsBuses)), atEnd(std::move(itsEnd)), detectors(buses.size()) {}
+  ~FakeCameras() override { atEnd(); }
+  FakeCameras(const FakeCameras&) = delete;
+  FakeCameras& operator=(const FakeCameras&) = delete;
   int GetNumberDevices() override { return static_cast<int>(buses.size()); }
   TI2CInterface* GetI2CInterface(int index) override { return buses.at(static_cast<std::size_t>(index)); }
   TDetectorInterface* GetDetectorInterface(int index) override {
@@ -38,25 +46,31 @@ struct FakeCameras final : TI2CController {
     return &detector;
   }
   Buses buses;
+  std::function<void()> atEnd;
   std::vector<FakeDetector> detectors;
 };
 
 TEST(Detection, ComparesFiveRegistersWithoutRegardToCaseUpToTheFirstFailure) {
-  // Text, status of a transfer, which one fails; detected after so many reads.
-  using Case = std::tuple<const char*, unsigned int, int, bool, int>;
+  struct Case {
+    const char* text;
+    unsigned int status;  // of a transfer
+    int failingTransfer;  // from 1
+    bool detected;
+    int reads;
+  };
   const Case cases[] = {{"tiVANxxx", 0, 0, true, 5},
                         {"tivan", 20002, 0, true, 5},
                         {"tivax", 0, 0, false, 5},
                         {"tivan", 0, 3, false, 3},
                         {"tivan", 3, 0, false, 1}};
-  for (const auto& [text, status, failing, detected, reads] : cases) {
+  for (const Case& test : cases) {
     FakeLegacyInstrument bus;
-    bus.Put(0, 1, text);
-    bus.success = status;
-    bus.failingTransfer = failing;
+    bus.Put(0, 1, test.text);
+    bus.success = test.status;
+    bus.failingTransfer = test.failingTransfer;
     bus.answers = bus.kAlways;
-    EXPECT_EQ(TCorvaneDetection::Detect(&bus), detected) << text;
-    EXPECT_EQ(bus.kAlways - bus.answers, reads) << text;
+    EXPECT_EQ(TCorvaneDetection::Detect(&bus), test.detected) << test.text;
+    EXPECT_EQ(bus.kAlways - bus.answers, test.reads) << test.text;
   }
 }
 
@@ -65,50 +79,59 @@ class SpectrographList : public testing::Test {
   SpectrographList() {
     mFirst.success = 0;
     mSecond.success = 0;
+    mController.SetValue("SYSTEMINFO", "TIVAN,CV-SX,SN-77,x,V2.80");
   }
   TemporaryDirectory mDirectory;  // where there is no camera SDK
   ScopedWorkingDirectory mThere{mDirectory.Path()};
   FakeLegacyInstrument mFirst;
   FakeLegacyInstrument mSecond;
+  ScriptedController mController;
+  ScriptedBridge mBridge;
   std::unique_ptr<TGlobalControl> mGlobal = std::make_unique<TGlobalControl>(nullptr);
 };
 
-TEST_F(SpectrographList, CamerasAreNumberedThroughEightSourcesAndListedWithASpectrograph) {
-  TGlobalControl& global = *mGlobal;
+TEST_F(SpectrographList, CamerasAreNumberedThroughEightSources) {
   for (const Buses& buses : {Buses{nullptr, &mFirst}, Buses{}, Buses{&mSecond}, Buses{}, Buses{}, Buses{}, Buses{}}) {
-    EXPECT_TRUE(global.AddController(std::make_unique<FakeCameras>(buses)));
+    EXPECT_TRUE(mGlobal->AddController(std::make_unique<FakeCameras>(buses)));
   }
-  EXPECT_FALSE(global.AddController(std::make_unique<FakeCameras>(Buses{&mFirst}))) << "the ninth";
-  EXPECT_EQ(global.GetNumberDevices(), 3);
-  using Address = std::pair<int, std::pair<int, int>>;
-  for (const auto& [index, address] : {Address{1, {1, 1}}, {2, {3, 0}}, {3, {-1, -1}}, {INT_MIN, {-1, -1}}}) {
-    std::pair<int, int> found;
-    global.GetDeviceAddress(index, found.first, found.second);
-    EXPECT_EQ(found, address) << index;
+  EXPECT_FALSE(mGlobal->AddController(std::make_unique<FakeCameras>(Buses{&mFirst}))) << "the ninth";
+  EXPECT_EQ(mGlobal->GetNumberDevices(), 3);
+  using SourceAndCamera = std::pair<int, int>;
+  const std::pair<int, SourceAndCamera> addresses[] = {{1, {1, 1}}, {2, {3, 0}}, {3, {-1, -1}}, {INT_MIN, {-1, -1}}};
+  for (const auto& [index, expected] : addresses) {
+    SourceAndCamera found;
+    mGlobal->GetDeviceAddress(index, found.first, found.second);
+    EXPECT_EQ(found, expected) << index;
+  }
+}
+
+TEST_F(SpectrographList, CamerasWithAnOlderInstrumentAreListed) {
+  for (const Buses& buses : {Buses{nullptr, &mFirst}, Buses{}, Buses{&mSecond}}) {
+    mGlobal->AddController(std::make_unique<FakeCameras>(buses));
   }
   TCorvaneI2CControl control(std::move(mGlobal));
   ASSERT_EQ(control.GetNumberDevices(), 2);
   EXPECT_EQ(control.GetI2CInterface(0), &mFirst);
   EXPECT_EQ(control.GetI2CInterface(1), &mSecond);
-  EXPECT_TRUE(control.IsDeviceUSB(0) && !control.IsDeviceUSB(1)) << "sources 0 and 1";
+  EXPECT_TRUE(control.IsDeviceUSB(0)) << "sources 0 and 1";
+  EXPECT_FALSE(control.IsDeviceUSB(1));
   for (const int unknown : {2, -1, INT_MAX, INT_MIN}) {
     EXPECT_EQ(control.GetI2CInterface(unknown), nullptr);
     EXPECT_EQ(control.GetDetectorInterface(unknown), nullptr);
-    EXPECT_FALSE(control.IsDeviceUSB(unknown) || control.IsDeviceSDK(unknown));
+    EXPECT_FALSE(control.IsDeviceUSB(unknown));
+    EXPECT_FALSE(control.IsDeviceSDK(unknown));
   }
 }
 
 TEST_F(SpectrographList, OlderInstrumentsComeFirstEachWithItsDriverAndItsCamera) {
   mFirst.Put(0, 31, "A");
   mSecond.Put(0, 31, "B");
-  ScriptedBridge bridge;
-  ScriptedController controller;
-  controller.SetValue("SYSTEMINFO", "TIVAN,CV-LX,SN-77,x,V2.80");
-  bridge.Add(0x136E, 0x0017, controller);
+  const ScriptedBridge::Device& device = mBridge.Add(ScriptedBridge::kSxProduct, mController);
   mGlobal->AddController(std::make_unique<FakeCameras>(Buses{nullptr, &mFirst, nullptr, &mSecond}));
   TSpectrographList list(std::make_unique<TCorvaneI2CControl>(std::move(mGlobal)));
 
   ASSERT_EQ(list.GetNumberDevices(), 3);
+  EXPECT_TRUE(device.isOpen);
   // An older instrument gets its own camera's detector, a controller that of the camera of its place in the list.
   const std::pair<std::string, int> expected[] = {{"A", 1001}, {"B", 1003}, {"SN-77", 1002}};
   for (int index = 0; index < 3; ++index) {
@@ -121,11 +144,28 @@ TEST_F(SpectrographList, OlderInstrumentsComeFirstEachWithItsDriverAndItsCamera)
     EXPECT_EQ(count, pixels);
     EXPECT_EQ(list.GetRawCorvane(index) != nullptr, index < 2);
   }
+}
+
+TEST_F(SpectrographList, AnInstrumentIsHomedAndDrivenBackAlone) {
+  mGlobal->AddController(std::make_unique<FakeCameras>(Buses{&mFirst, &mSecond}));
+  TSpectrographList list(std::make_unique<TCorvaneI2CControl>(std::move(mGlobal)));
   list.GetDevice(1)->Initialise();
   EXPECT_TRUE(mFirst.TakeMoves().empty());
-  // Homed, and driven back to the stored wavelength.
   EXPECT_EQ(mSecond.TakeMoves().front(), "0+480000h");
   EXPECT_EQ(mSecond.position[0], list.GetRawCorvane(1)->GetData().ConvertWaveToSteps(703.241F, 1, 0));
+}
+
+TEST_F(SpectrographList, AControllerIsBidFarewellAndClosedBeforeTheCamerasGo) {
+  const ScriptedBridge::Device& device = mBridge.Add(ScriptedBridge::kSxProduct, mController);
+  std::string lastLine;
+  bool open = true;
+  mGlobal->AddController(std::make_unique<FakeCameras>(Buses{nullptr}, [&] {
+    lastLine = mController.Lines().back();
+    open = device.isOpen;
+  }));
+  { const TSpectrographList list(std::make_unique<TCorvaneI2CControl>(std::move(mGlobal))); }
+  EXPECT_EQ(lastLine, "GOODBYE");
+  EXPECT_FALSE(open);
 }
 
 }  // namespace

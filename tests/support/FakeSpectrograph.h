@@ -1,22 +1,15 @@
-// A spectrograph that only exists in memory, with what a calibration asks of it: 600 lines per mm on grating 1 (from
-// 0), none on the others.
+// A spectrograph that only exists in memory, with what a calibration asks of it: at 550 nm on grating 1 (from 0), which
+// has 600 lines per mm, the others none.
 #pragma once
 
 #include <memory>
-#include <utility>
 
-#include "core/TCorvaneException.h"
 #include "core/TSpectrographHardware.h"
 
 class FakeWavelength final : public ISpectrographWavelength {
  public:
   void SetWavelength(float nm) override { mNm = nm; }
-  float GetWavelength() override {
-    if (mFails) {
-      throw TCorvaneException(5);
-    }
-    return mNm;
-  }
+  float GetWavelength() override { return mNm; }
   void GotoZeroOrder() override {}
   bool AtZeroOrder() override { return false; }
   void GetDispersion(float&, float&) override {}
@@ -25,8 +18,8 @@ class FakeWavelength final : public ISpectrographWavelength {
   void GetWavelengthLimits(int, float&, float&) override {}
   int GetCurrentWaveStepPosition() override { return corvane::kNoStepPosition; }
 
+ private:
   float mNm = 550.0F;
-  bool mFails = false;
 };
 
 class FakeGrating final : public ISpectrographGrating {
@@ -71,14 +64,9 @@ class FakeEeprom final : public ISpectrographEEPROM {
 class FakeHardware final : public TSpectrographHardware {
  public:
   FakeHardware() {
-    auto wavelength = std::make_unique<FakeWavelength>();
-    wave = wavelength.get();
-    mWavelength = std::move(wavelength);
+    mWavelength = std::make_unique<FakeWavelength>();
     mGrating = std::make_unique<FakeGrating>();
     mEeprom = std::make_unique<FakeEeprom>();
   }
   void Initialise() override {}
-  void DropEeprom() { mEeprom.reset(); }
-
-  FakeWavelength* wave = nullptr;
 };

@@ -6,10 +6,23 @@
 
 namespace {
 
+/// The one in force: every function below is called while there is one.
 ScriptedBridge* gBridge = nullptr;
+
+using Device = ScriptedBridge::Device;
 
 std::uint64_t Now() {
   return corvane::Time().MonotonicMicroseconds();
+}
+
+/// The open device behind a handle; null for any other handle.
+Device* Find(FT_HANDLE handle) {
+  for (const auto& device : gBridge->devices) {
+    if (device->isOpen && device.get() == handle) {
+      return device.get();
+    }
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -45,7 +58,7 @@ std::string ScriptedController::operator()(const std::string& line) {
 void ScriptedBridge::Device::Queue(const std::string& bytes, unsigned int delayMs, unsigned int perByteMs) {
   std::uint64_t due = Now() + std::uint64_t{delayMs} * 1000U;
   for (const char byte : bytes) {
-    mPending.push_back({byte, due});
+    pending.push_back({byte, due});
     due += std::uint64_t{perByteMs} * 1000U;
   }
 }
@@ -59,96 +72,81 @@ ScriptedBridge::~ScriptedBridge() {
 }
 
 ScriptedBridge::Device& ScriptedBridge::Add() {
-  mDevices.push_back(std::make_unique<Device>());
-  return *mDevices.back();
+  devices.push_back(std::make_unique<Device>());
+  return *devices.back();
 }
 
-ScriptedBridge::Device& ScriptedBridge::Add(unsigned int vid, unsigned int pid, const ScriptedController& controller) {
+ScriptedBridge::Device& ScriptedBridge::Add(Product product, const ScriptedController& controller) {
   Device& device = Add();
-  device.vid = vid;
-  device.pid = pid;
+  device.product = product;
   device.responder = controller;
   return device;
 }
 
-ScriptedBridge::Device* ScriptedBridge::Find(FT_HANDLE handle) {
-  const auto found = std::find_if(mDevices.begin(), mDevices.end(),
-                                  [handle](const auto& device) { return device->isOpen && device.get() == handle; });
-  return found != mDevices.end() ? found->get() : nullptr;
+extern "C" {
+
+FT_STATUS FT_SetVIDPID(DWORD vid, DWORD pid) {
+  gBridge->products.emplace_back(vid, pid);
+  return FT_OK;
 }
 
-FT_STATUS ScriptedBridge::Number(DWORD& count) const {
-  if (numberStatus == FT_OK) {
-    count = static_cast<DWORD>(mDevices.size());
+FT_STATUS FT_ListDevices(PVOID arg1, PVOID /*arg2*/, DWORD flags) {
+  if (flags != FT_LIST_NUMBER_ONLY || arg1 == nullptr) {
+    return FT_INVALID_PARAMETER;
   }
-  return numberStatus;
+  *static_cast<DWORD*>(arg1) = static_cast<DWORD>(gBridge->devices.size());
+  return FT_OK;
 }
 
-FT_STATUS ScriptedBridge::CreateList(DWORD& count) {
-  mList.clear();
-  count = 0;
-  if (createStatus != FT_OK) {
-    return createStatus;
+FT_STATUS FT_CreateDeviceInfoList(LPDWORD count) {
+  *count = gBridge->createStatus == FT_OK ? static_cast<DWORD>(gBridge->devices.size()) : 0;
+  return gBridge->createStatus;
+}
+
+FT_STATUS FT_GetDeviceInfoList(FT_DEVICE_LIST_INFO_NODE* nodes, LPDWORD count) {
+  if (gBridge->infoStatus != FT_OK) {
+    return gBridge->infoStatus;
   }
-  for (const auto& device : mDevices) {
-    FT_DEVICE_LIST_INFO_NODE node{};
-    const bool free = !device->isOpen && device->openStatus == FT_OK;
-    node.Flags = free ? 0 : 1;
-    node.Type = 3;
-    if (free || device->isOpen) {
-      node.ID = device->vid << 16 | device->pid;
-      device->serial.copy(node.SerialNumber, sizeof(node.SerialNumber) - 1);
-      device->description.copy(node.Description, sizeof(node.Description) - 1);
+  *count = 0;
+  for (const auto& device : gBridge->devices) {
+    FT_DEVICE_LIST_INFO_NODE& node = nodes[(*count)++];
+    node = {};
+    node.Flags = device->isOpen || device->openStatus != FT_OK ? FT_FLAGS_OPENED : 0;
+    if (device->isOpen || device->openStatus == FT_OK) {
+      node.ID = device->product.first << 16 | device->product.second;
       node.ftHandle = device->isOpen ? device.get() : nullptr;
     }
-    mList.push_back(node);
   }
-  count = static_cast<DWORD>(mList.size());
   return FT_OK;
 }
 
-FT_STATUS ScriptedBridge::GetList(FT_DEVICE_LIST_INFO_NODE* nodes, DWORD& count) const {
-  if (infoStatus != FT_OK) {
-    return infoStatus;
-  }
-  if (nodes != nullptr) {
-    std::copy(mList.begin(), mList.end(), nodes);
-  }
-  count = static_cast<DWORD>(mList.size());
-  return FT_OK;
-}
-
-FT_STATUS ScriptedBridge::Open(int index, FT_HANDLE& handle) {
-  if (index < 0 || static_cast<std::size_t>(index) >= mDevices.size()) {
+FT_STATUS FT_Open(int index, FT_HANDLE* handle) {
+  if (index < 0 || static_cast<std::size_t>(index) >= gBridge->devices.size()) {
     return FT_DEVICE_NOT_FOUND;
   }
-  Device& device = *mDevices[static_cast<std::size_t>(index)];
-  if (device.openStatus != FT_OK) {
-    return device.openStatus;
-  }
-  if (device.isOpen) {
-    return FT_DEVICE_NOT_OPENED;
+  Device& device = *gBridge->devices[static_cast<std::size_t>(index)];
+  if (device.isOpen || device.openStatus != FT_OK) {
+    return device.isOpen ? static_cast<FT_STATUS>(FT_DEVICE_NOT_OPENED) : device.openStatus;
   }
   device.isOpen = true;
   ++device.opens;
-  handle = &device;
+  *handle = &device;
   return FT_OK;
 }
 
-FT_STATUS ScriptedBridge::Close(FT_HANDLE handle) {
+FT_STATUS FT_Close(FT_HANDLE handle) {
   Device* device = Find(handle);
   if (device == nullptr) {
     return FT_INVALID_HANDLE;
   }
   device->isOpen = false;
-  ++device->closes;
-  device->mPending.clear();
-  device->mLine.clear();
+  device->pending.clear();
+  device->line.clear();
   return FT_OK;
 }
 
-FT_STATUS ScriptedBridge::Read(FT_HANDLE handle, char* buffer, DWORD count, DWORD& received) {
-  received = 0;
+FT_STATUS FT_Read(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD received) {
+  *received = 0;
   Device* device = Find(handle);
   if (device == nullptr) {
     return FT_INVALID_HANDLE;
@@ -159,12 +157,12 @@ FT_STATUS ScriptedBridge::Read(FT_HANDLE handle, char* buffer, DWORD count, DWOR
   }
   const DWORD timeoutMs = device->timeouts.empty() ? 5000 : device->timeouts.back().first;
   const std::uint64_t deadline = Now() + (device->readsReturnAtOnce ? 0 : std::uint64_t{timeoutMs} * 1000U);
-  while (received < count) {
+  while (*received < count) {
     const std::uint64_t now = Now();
-    const std::uint64_t due = device->mPending.empty() ? deadline : device->mPending.front().due;
-    if (!device->mPending.empty() && due <= now) {
-      buffer[received++] = device->mPending.front().byte;
-      device->mPending.pop_front();
+    const std::uint64_t due = device->pending.empty() ? deadline : device->pending.front().due;
+    if (!device->pending.empty() && due <= now) {
+      static_cast<char*>(buffer)[(*received)++] = device->pending.front().byte;
+      device->pending.pop_front();
     } else if (now >= deadline) {
       break;
     } else {
@@ -174,8 +172,8 @@ FT_STATUS ScriptedBridge::Read(FT_HANDLE handle, char* buffer, DWORD count, DWOR
   return FT_OK;
 }
 
-FT_STATUS ScriptedBridge::Write(FT_HANDLE handle, const char* buffer, DWORD count, DWORD& written) {
-  written = 0;
+FT_STATUS FT_Write(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD written) {
+  *written = 0;
   Device* device = Find(handle);
   if (device == nullptr) {
     return FT_INVALID_HANDLE;
@@ -183,100 +181,32 @@ FT_STATUS ScriptedBridge::Write(FT_HANDLE handle, const char* buffer, DWORD coun
   if (device->writeStatus != FT_OK) {
     return device->writeStatus;
   }
-  written = count;
-  device->written.append(buffer, count);
-  for (const char c : std::string(buffer, count)) {
+  *written = count;
+  const std::string bytes(static_cast<const char*>(buffer), count);
+  device->written += bytes;
+  for (const char c : bytes) {
     if (c != '\r') {
-      device->mLine += c;
+      device->line += c;
     } else if (device->responder) {
-      device->Queue(device->responder(std::exchange(device->mLine, {})), device->answerDelayMs, device->byteDelayMs);
+      device->Queue(device->responder(std::exchange(device->line, {})), device->answerDelayMs);
     }
   }
   return FT_OK;
 }
 
-FT_STATUS ScriptedBridge::SetTimeouts(FT_HANDLE handle, DWORD readMs, DWORD writeMs) {
-  Device* device = Find(handle);
-  if (device == nullptr) {
-    return FT_INVALID_HANDLE;
-  }
-  device->timeouts.emplace_back(readMs, writeMs);
-  return FT_OK;
-}
-
-FT_STATUS ScriptedBridge::Purge(FT_HANDLE handle, DWORD mask) {
-  Device* device = Find(handle);
-  if (device == nullptr) {
-    return FT_INVALID_HANDLE;
-  }
-  device->purges.push_back(mask);
-  if ((mask & 1U) != 0) {
-    device->mPending.clear();
-  }
-  return FT_OK;
-}
-
-extern "C" {
-
-FT_STATUS FT_SetVIDPID(DWORD vid, DWORD pid) {
-  if (gBridge != nullptr) {
-    gBridge->products.emplace_back(vid, pid);
-  }
-  return FT_OK;
-}
-
-FT_STATUS FT_GetVIDPID(DWORD* vid, DWORD* pid) {
-  if (gBridge == nullptr || gBridge->products.empty() || vid == nullptr || pid == nullptr) {
-    return FT_INVALID_PARAMETER;
-  }
-  *vid = gBridge->products.back().first;
-  *pid = gBridge->products.back().second;
-  return FT_OK;
-}
-
-FT_STATUS FT_ListDevices(PVOID arg1, PVOID /*arg2*/, DWORD flags) {
-  if (gBridge == nullptr) {
-    return FT_OTHER_ERROR;
-  }
-  return flags == FT_LIST_NUMBER_ONLY && arg1 != nullptr ? gBridge->Number(*static_cast<DWORD*>(arg1))
-                                                         : static_cast<FT_STATUS>(FT_INVALID_PARAMETER);
-}
-
-FT_STATUS FT_CreateDeviceInfoList(LPDWORD count) {
-  return gBridge != nullptr ? gBridge->CreateList(*count) : static_cast<FT_STATUS>(FT_OTHER_ERROR);
-}
-
-FT_STATUS FT_GetDeviceInfoList(FT_DEVICE_LIST_INFO_NODE* nodes, LPDWORD count) {
-  return gBridge != nullptr ? gBridge->GetList(nodes, *count) : static_cast<FT_STATUS>(FT_OTHER_ERROR);
-}
-
-FT_STATUS FT_Open(int index, FT_HANDLE* handle) {
-  return gBridge != nullptr ? gBridge->Open(index, *handle) : static_cast<FT_STATUS>(FT_OTHER_ERROR);
-}
-
-FT_STATUS FT_Close(FT_HANDLE handle) {
-  return gBridge != nullptr ? gBridge->Close(handle) : static_cast<FT_STATUS>(FT_INVALID_HANDLE);
-}
-
-FT_STATUS FT_Read(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD received) {
-  if (gBridge == nullptr) {
-    return FT_INVALID_HANDLE;
-  }
-  return received != nullptr ? gBridge->Read(handle, static_cast<char*>(buffer), count, *received)
-                             : static_cast<FT_STATUS>(FT_INVALID_PARAMETER);
-}
-
-FT_STATUS FT_Write(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD written) {
-  return gBridge != nullptr ? gBridge->Write(handle, static_cast<const char*>(buffer), count, *written)
-                            : static_cast<FT_STATUS>(FT_INVALID_HANDLE);
-}
-
 FT_STATUS FT_SetTimeouts(FT_HANDLE handle, DWORD readTimeout, DWORD writeTimeout) {
-  return gBridge != nullptr ? gBridge->SetTimeouts(handle, readTimeout, writeTimeout)
-                            : static_cast<FT_STATUS>(FT_INVALID_HANDLE);
+  if (Device* device = Find(handle); device != nullptr) {
+    device->timeouts.emplace_back(readTimeout, writeTimeout);
+    return FT_OK;
+  }
+  return FT_INVALID_HANDLE;
 }
 
 FT_STATUS FT_Purge(FT_HANDLE handle, DWORD mask) {
-  return gBridge != nullptr ? gBridge->Purge(handle, mask) : static_cast<FT_STATUS>(FT_INVALID_HANDLE);
+  if (Device* device = Find(handle); device != nullptr) {
+    device->purges.push_back(mask);
+    return FT_OK;
+  }
+  return FT_INVALID_HANDLE;
 }
 }

@@ -47,17 +47,20 @@ class ScriptedController {
 
 class ScriptedBridge {
  public:
+  /// Vendor and product identifier.
+  using Product = std::pair<unsigned int, unsigned int>;
+  static constexpr Product kSxProduct{0x136E, 0x0017};
+  static constexpr Product kLxProduct{0x0403, 0xD491};
+  static constexpr Product kSecondLxProduct{0x0403, 0xD493};
+  static constexpr Product kPlainCable{0x0403, 0x6001};
+
   struct Device {
-    unsigned int vid = 0x136E;
-    unsigned int pid = 0x0017;
-    std::string serial = "SCRIPTED";
-    std::string description = "Scripted bridge";
+    Product product = kSxProduct;
     /// Bytes to answer a complete line with; none: only what Queue gave is read.
     std::function<std::string(const std::string& line)> responder;
-    /// Time before the answer's first byte, and between its bytes.
+    /// Time before the answer's first byte.
     unsigned int answerDelayMs = 0;
-    unsigned int byteDelayMs = 0;
-    /// Not 0: the operation fails with it. open also fails while the device is open.
+    /// Not FT_OK: the operation fails with it. open also fails while the device is open.
     FT_STATUS openStatus = FT_OK;
     FT_STATUS readStatus = FT_OK;
     FT_STATUS writeStatus = FT_OK;
@@ -69,22 +72,19 @@ class ScriptedBridge {
     std::vector<std::pair<DWORD, DWORD>> timeouts;
     std::vector<DWORD> purges;
     int opens = 0;
-    int closes = 0;
     int reads = 0;
     bool isOpen = false;
 
     /// Lets bytes wait for the next reads.
     void Queue(const std::string& bytes, unsigned int delayMs = 0, unsigned int perByteMs = 0);
-    std::size_t Waiting() const { return mPending.size(); }
-
-   private:
-    friend class ScriptedBridge;
-    struct Pending {
+    std::size_t Waiting() const { return pending.size(); }
+    /// Bytes on the way, and the part of a line that has been written.
+    struct Byte {
       char byte;
       std::uint64_t due;
     };
-    std::deque<Pending> mPending;
-    std::string mLine;
+    std::deque<Byte> pending;
+    std::string line;
   };
 
   ScriptedBridge();
@@ -95,30 +95,15 @@ class ScriptedBridge {
   /// The reference holds as long as the bridge.
   Device& Add();
   /// With a controller behind it.
-  Device& Add(unsigned int vid, unsigned int pid, const ScriptedController& controller);
-  Device& At(std::size_t index) { return *mDevices.at(index); }
+  Device& Add(Product product, const ScriptedController& controller);
+  Device& At(std::size_t index) { return *devices.at(index); }
 
-  /// Not 0: FT_ListDevices, FT_CreateDeviceInfoList or FT_GetDeviceInfoList fails with it.
-  FT_STATUS numberStatus = FT_OK;
+  /// Not FT_OK: FT_CreateDeviceInfoList or FT_GetDeviceInfoList fails with it.
   FT_STATUS createStatus = FT_OK;
   FT_STATUS infoStatus = FT_OK;
   /// Calls of FT_SetVIDPID, oldest first.
-  std::vector<std::pair<DWORD, DWORD>> products;
+  std::vector<Product> products;
 
-  // The functions themselves.
-  FT_STATUS Number(DWORD& count) const;
-  FT_STATUS CreateList(DWORD& count);
-  FT_STATUS GetList(FT_DEVICE_LIST_INFO_NODE* nodes, DWORD& count) const;
-  FT_STATUS Open(int index, FT_HANDLE& handle);
-  FT_STATUS Close(FT_HANDLE handle);
-  FT_STATUS Read(FT_HANDLE handle, char* buffer, DWORD count, DWORD& received);
-  FT_STATUS Write(FT_HANDLE handle, const char* buffer, DWORD count, DWORD& written);
-  FT_STATUS SetTimeouts(FT_HANDLE handle, DWORD readMs, DWORD writeMs);
-  FT_STATUS Purge(FT_HANDLE handle, DWORD mask);
-
- private:
-  Device* Find(FT_HANDLE handle);
-
-  std::vector<std::unique_ptr<Device>> mDevices;
-  std::vector<FT_DEVICE_LIST_INFO_NODE> mList;
+  /// In the order of the list.
+  std::vector<std::unique_ptr<Device>> devices;
 };
