@@ -15,112 +15,160 @@ namespace {
 
 using Record = TTivanMerakCorvaneEeprom;
 
+// Addresses, in a structure of version 3.0 where nothing else is said.
+constexpr int kVersion = 21;  // in every structure, like all up to the grating starts
+constexpr int kSerialNumber = 31;
+constexpr int kModifiedDate = 52;
+constexpr int kFocalLength = 63;
+constexpr int kAngularDeviation = 67;
+constexpr int kPlaneTilt = 71;
+constexpr int kSinPhase = 276;
+constexpr int kSinFrequency = 280;
+constexpr int kWaveToStepsEnable = 288;
+constexpr int kCurrentWavelength = 289;
+constexpr int kGratingOffsets = 293;
+constexpr int kDetectorOffsets = 317;
+constexpr int kGratingBlazes = 345;
+constexpr int kNoOfGratings = 363;
+constexpr int kFilterLabels = 384;
+constexpr int kActiveTurret = 554;
+
 /// An instrument whose every byte is telling, read as a structure of this version.
 EepromImage Instrument(const std::string& version) {
   EepromImage image;
   for (int address = 1; address < EepromImage::kSize; ++address) {
     image.At(address) = static_cast<unsigned char>(0x20 + address % 0x5B);
   }
-  image.Put(21, version + std::string(10 - version.size(), '\0'));
+  image.Put(kVersion, version + std::string(10 - version.size(), '\0'));
   return image;
 }
 
-/// Two images differ at most in the date of modification and in `width` bytes at `address`.
-void ExpectSameBut(int address, int width, const EepromImage& image, const EepromImage& before, int failing = 0) {
+/// The images differ at most in the date of modification and in `width` bytes at `address`.
+void ExpectSameBut(int address, int width, const EepromImage& image, const EepromImage& before) {
   for (int at = 1; at < EepromImage::kSize; ++at) {
-    if ((at < 52 || at >= 63) && (at < address || at >= address + width)) {
+    const bool isDate = at >= kModifiedDate && at < kModifiedDate + 11;
+    const bool isExpected = at >= address && at < address + width;
+    if (!isDate && !isExpected) {
       const auto place = static_cast<std::size_t>(at);
-      ASSERT_EQ(image.bytes[place], before.bytes[place]) << at << " with " << failing << " failing";
+      ASSERT_EQ(image.bytes[place], before.bytes[place]) << at;
     }
   }
 }
 
-/// Structures with the bytes that make them up.
-class EveryStructure : public testing::TestWithParam<std::pair<const char*, std::size_t>> {
- protected:
-  FakeTime mTime;
-  EepromImage mImage = Instrument(GetParam().first);
-  Record mRecord{mImage};
+struct Structure {
+  const char* version;
+  /// That make it up.
+  std::size_t bytes;
 };
 
-TEST_P(EveryStructure, UnreadableByteCostsTheInstrumentNothing) {
-  const EepromImage whole = mImage;
-  mRecord.Read();
-  const std::vector<int> addresses = mImage.reads;
-  EXPECT_EQ(addresses.front(), 21) << "the version says where the rest lies";
-  EXPECT_EQ(addresses.size(), GetParam().second);
+class EveryStructure : public testing::TestWithParam<Structure> {
+ protected:
+  EveryStructure() {
+    mRecord.Read();
+    mAddresses = mImage.reads;
+  }
+  /// What a reading with a failing byte leaves behind for a changed value to be written back.
+  void ReadWriteWithout(int failing, bool silent, EepromImage& image) {
+    Record record(image);
+    image.FailAt({failing}, silent);
+    EXPECT_EQ(record.Read(), merak::kSuccess);
+    EXPECT_FALSE(record.IsDirty());
+    image.Reset();
+    record.SetSinPhase(7.0F);
+    record.Write();
+    EXPECT_FALSE(record.IsDirty());
+  }
+
+  FakeTime mTime;
+  const EepromImage mWhole = Instrument(GetParam().version);
+  EepromImage mImage = mWhole;
+  Record mRecord{mImage};
+  std::vector<int> mAddresses;
+};
+
+TEST_P(EveryStructure, IsReadFromItsVersionOnAndWrittenBackAsItWas) {
+  EXPECT_EQ(mAddresses.front(), kVersion) << "which says where the rest lies";
+  EXPECT_EQ(mAddresses.size(), GetParam().bytes);
   mRecord.Write();
-  EXPECT_EQ(mImage.writes, addresses);
-  ExpectSameBut(0, 0, mImage, whole);
+  EXPECT_EQ(mImage.writes, mAddresses);
+  ExpectSameBut(0, 0, mImage, mWhole);
   EXPECT_EQ(mImage.unexpectedCalls, 0);
-  for (const bool silent : {false, true}) {
-    for (const int failing : addresses) {
-      if (failing >= 21 && failing < 31) {
-        continue;  // Without its version the record has another layout.
-      }
-      EepromImage image = whole;
-      Record record(image);
-      image.FailAt({failing}, silent);
-      EXPECT_EQ(record.Read(), 0U);
-      EXPECT_FALSE(record.IsDirty());
-      image.Reset();
-      record.SetSinPhase(7.0F);
-      record.Write();
-      EXPECT_EQ(image.FloatAt(276), 7.0F) << failing;
-      EXPECT_FALSE(record.IsDirty());
-      if (!silent) {
-        EXPECT_LT(addresses.size() - image.writes.size(), 21U) << "only the value of " << failing << " stays out";
-      }
-      ExpectSameBut(276, 4, image, whole, failing);
+}
+
+TEST_P(EveryStructure, UnreadableByteCostsTheInstrumentNothing) {
+  constexpr std::size_t kLongestValue = 20;
+  for (const int failing : mAddresses) {
+    if (failing >= kVersion && failing < kVersion + 10) {
+      continue;  // Without its version the record has another layout.
     }
+    SCOPED_TRACE(failing);
+    EepromImage image = mWhole;
+    ReadWriteWithout(failing, false, image);
+    EXPECT_EQ(image.FloatAt(kSinPhase), 7.0F);
+    EXPECT_LE(mAddresses.size() - image.writes.size(), kLongestValue) << "only its own value stays out";
+    ExpectSameBut(kSinPhase, 4, image, mWhole);
+
+    EepromImage silent = mWhole;
+    ReadWriteWithout(failing, true, silent);
+    EXPECT_EQ(silent.FloatAt(kSinPhase), 7.0F);
+    ExpectSameBut(kSinPhase, 4, silent, mWhole);
   }
 }
 
 TEST_P(EveryStructure, UnwritableByteCostsItsOwnValueAndSilenceEndsTheTransfer) {
-  mRecord.Read();
-  const std::vector<int> addresses = mImage.reads;
-  for (std::size_t n = 0; n < addresses.size(); ++n) {
+  for (std::size_t n = 0; n < mAddresses.size(); ++n) {
     mRecord.SetFilterString(0, "for " + std::to_string(n));
-    mImage.FailAt({addresses[n]});
-    EXPECT_EQ(mRecord.WriteIfDirty(), 0U);
+    mImage.FailAt({mAddresses[n]});
+    EXPECT_EQ(mRecord.WriteIfDirty(), merak::kSuccess);
     EXPECT_TRUE(mRecord.IsDirty()) << "still unsaved";
-    EXPECT_LT(addresses.size() - mImage.writes.size(), 20U) << addresses[n];
-    mImage.FailAt({addresses[n]}, true);
-    EXPECT_EQ(mRecord.WriteIfDirty(), 0U);
-    ASSERT_EQ(mImage.writes.size(), n + 1);
+    EXPECT_LT(mAddresses.size() - mImage.writes.size(), 20U) << mAddresses[n];
+    mImage.FailAt({mAddresses[n]}, true);
+    EXPECT_EQ(mRecord.WriteIfDirty(), merak::kSuccess);
+    EXPECT_EQ(mImage.writes.size(), n + 1);
     EXPECT_TRUE(mRecord.IsDirty());
+  }
+}
 
+TEST_P(EveryStructure, ARecordWhoseReadingWasBrokenOffIsNotWrittenOnItsOwn) {
+  for (std::size_t n = 0; n < mAddresses.size(); ++n) {
     Record record(mImage);
-    EXPECT_EQ(record.Read(), 0U);
-    ASSERT_EQ(mImage.reads.size(), n + 1);
+    mImage.FailAt({mAddresses[n]}, true);
+    EXPECT_EQ(record.Read(), merak::kSuccess);
+    EXPECT_EQ(mImage.reads.size(), n + 1);
     mImage.Reset();
     record.SetFilterString(0, "changed");
-    EXPECT_EQ(record.WriteIfDirty(), 0U);
-    ASSERT_TRUE(mImage.writes.empty()) << "defaults must not go over the instrument's data";
+    EXPECT_EQ(record.WriteIfDirty(), merak::kSuccess);
+    ASSERT_EQ(mImage.writes, std::vector<int>()) << "defaults must not go over the instrument's data";
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Versions, EveryStructure,
-                         testing::Values(std::pair("1.0", 203U), std::pair("1.1", 227U), std::pair("1.2", 228U),
-                                         std::pair("1.3", 328U), std::pair("3.0", 354U)));
+                         testing::Values(Structure{"1.0", 203}, Structure{"1.1", 227}, Structure{"1.2", 228},
+                                         Structure{"1.3", 328}, Structure{"3.0", 354}));
 
 /// A record of structure 3.0, read.
 class ReadRecord : public testing::Test {
  protected:
   ReadRecord() {
     mImage.Put(1, std::string("Corvane\0", 8));
-    mImage.Put(31, std::string("CV-0042\0xy", 10));
-    mImage.Put(63, 0.5F);
-    mImage.Put(289, 546.074F);
-    mImage.At(288) = 1;
+    mImage.Put(kSerialNumber, std::string("CV-0042\0xy", 10));
+    mImage.Put(kFocalLength, 0.5F);
+    mImage.Put(kCurrentWavelength, 546.074F);
+    mImage.At(kWaveToStepsEnable) = 1;
     for (int i = 0; i < 4; ++i) {
-      mImage.Put(317 + 4 * i, 70 + i);
+      mImage.Put(kDetectorOffsets + 4 * i, 70 + i);
     }
     for (int f = 0; f < 6; ++f) {
-      mImage.Put(384 + 10 * f, "Label " + std::to_string(f) + std::string(3, '\0'));
+      mImage.Put(kFilterLabels + 10 * f, "Label " + std::to_string(f) + std::string(3, '\0'));
     }
-    mImage.Put(554, std::string("\1"));
+    mImage.At(kActiveTurret) = 1;
     mRecord.Read();
+  }
+  /// True when a writing of the whole record puts something over a 0 at this address.
+  bool Rewrites(Record& record, int address) {
+    mImage.Put(address, 0);
+    record.Write();
+    return mImage.IntAt(address) != 0;
   }
 
   FakeTime mTime;
@@ -128,7 +176,7 @@ class ReadRecord : public testing::Test {
   Record mRecord{mImage};
 };
 
-TEST_F(ReadRecord, ReadsInTheOrderTheInstrumentExpects) {
+TEST_F(ReadRecord, TravelsInTheOrderTheInstrumentExpects) {
   // Amplitude before phase and frequency; grating by grating, offset before start; the active turret before the count.
   const std::pair<std::size_t, int> places[] = {{94, 284},  {98, 276},  {102, 280}, {187, 293}, {191, 305}, {195, 333},
                                                 {199, 345}, {205, 297}, {209, 309}, {352, 554}, {353, 364}};
@@ -138,9 +186,10 @@ TEST_F(ReadRecord, ReadsInTheOrderTheInstrumentExpects) {
 }
 
 TEST_F(ReadRecord, FailingByteEndsAValueInItsOwnWay) {
-  mImage.Put(293, 0x01020304);
+  mImage.Put(kGratingOffsets, 0x01020304);
   Record record(mImage);
-  mImage.FailAt({3, 65, 288, 295, 280, 363, 387});
+  mImage.FailAt(
+      {3, kFocalLength + 2, kSinFrequency, kWaveToStepsEnable, kGratingOffsets + 2, kNoOfGratings, kFilterLabels + 3});
   record.Read();
   EXPECT_EQ(record.GetIDString(), "Co") << "a text keeps what came before";
   EXPECT_EQ(record.GetFilterString(0), "Lab");
@@ -152,100 +201,111 @@ TEST_F(ReadRecord, FailingByteEndsAValueInItsOwnWay) {
   EXPECT_EQ(record.GetGratingOffset(0, 0), 0x00030304) << "an int takes the failing byte as the last reply left it";
 }
 
-TEST_F(ReadRecord, ValueThatWasNotReadIsWrittenOnceItIsSet) {
+TEST_F(ReadRecord, ValueThatWasNotReadIsWrittenOnceASetterStoresIt) {
   Record record(mImage);
-  mImage.FailAt({33, 65, 70, 71, 288, 291, 295, 387, 554});
+  mImage.FailAt({kSerialNumber + 2, kAngularDeviation + 3, kWaveToStepsEnable, kGratingOffsets + 2, kFilterLabels + 3});
   record.Read();
   mImage.Reset();
   record.SetAngularDev(record.GetAngularDev());
   record.SetWaveToStepsEnable(0);
   record.SetGratingOffset(0, 0, record.GetGratingOffset(0, 0));
   record.SetFilterString(0, record.GetFilterString(0));
-  record.WriteIfDirty();
   record.Write();
-  EXPECT_EQ(mImage.FloatAt(67), 11.83F) << "the default, but a caller's now";
-  EXPECT_EQ(mImage.At(288), 0);
-  EXPECT_EQ(mImage.IntAt(293), record.GetGratingOffset(0, 0));
-  EXPECT_EQ(mImage.TextAt(384, 4), std::string("Lab\0", 4));
-  EXPECT_EQ(mImage.TextAt(31, 10), std::string("CV-0042\0xy", 10)) << "not set, not written";
-  // Values that go to the instrument at once belong to the whole record from then on.
-  const auto rewrites = [&](int address) {
-    mImage.Put(address, 0);
-    record.Write();
-    return mImage.IntAt(address) != 0;
-  };
-  EXPECT_FALSE(rewrites(63) || rewrites(71) || rewrites(289) || rewrites(554));
+  EXPECT_EQ(mImage.FloatAt(kAngularDeviation), 11.83F) << "the default, but a caller's now";
+  EXPECT_EQ(mImage.At(kWaveToStepsEnable), 0);
+  EXPECT_EQ(mImage.IntAt(kGratingOffsets), record.GetGratingOffset(0, 0));
+  EXPECT_EQ(mImage.TextAt(kFilterLabels, 4), std::string("Lab\0", 4));
+  EXPECT_EQ(mImage.TextAt(kSerialNumber, 10), std::string("CV-0042\0xy", 10)) << "not set, not written";
+}
+
+TEST_F(ReadRecord, ValueThatGoesToTheInstrumentAtOnceIsWrittenWithTheRecordFromThenOn) {
+  const int addresses[] = {kFocalLength, kPlaneTilt, kCurrentWavelength, kActiveTurret};
+  Record record(mImage);
+  mImage.FailAt({addresses[0], addresses[1], addresses[2], addresses[3]});
+  record.Read();
+  mImage.Reset();
+  for (const int address : addresses) {
+    EXPECT_FALSE(Rewrites(record, address)) << address;
+  }
   record.SetCurrentWavelength(500.0F);
   record.SetActiveTurret(2);
   record.WriteOpticalParamsToEEPROM(1.0F, 2.0F, 3.0F);
-  EXPECT_TRUE(rewrites(63) && rewrites(71) && rewrites(289) && rewrites(554));
-  record.Read();
-  mImage.Put(31, 0);
-  record.Write();
-  EXPECT_EQ(mImage.At(31), 'C') << "a later reading that succeeds makes everything known";
+  for (const int address : addresses) {
+    EXPECT_TRUE(Rewrites(record, address)) << address;
+  }
 }
 
 TEST_F(ReadRecord, UnreadableVersionWritesNothingOnItsOwn) {
-  EXPECT_EQ(Record(mImage).StoreActiveTurret(), merak::kEepromError) << "never read";
-  mImage.FailAt({21});
+  mImage.FailAt({kVersion});
   mRecord.Read();
   mRecord.SetFocalLength(1.0F);
   mImage.Reset();
   mRecord.WriteIfDirty();
-  EXPECT_EQ(mRecord.SetActiveTurret(1), merak::kEepromError);
-  EXPECT_TRUE(mImage.writes.empty());
+  EXPECT_EQ(mRecord.SetActiveTurret(1), merak::kEepromError) << "whose place is unknown";
+  EXPECT_EQ(mImage.writes, std::vector<int>());
   EXPECT_TRUE(mRecord.IsDirty());
   mRecord.Read();
   EXPECT_FALSE(mRecord.IsDirty()) << "reading drops what was not saved";
-  EXPECT_EQ(mRecord.SetActiveTurret(2), 0U);
+  EXPECT_EQ(mRecord.SetActiveTurret(2), merak::kSuccess);
 }
 
 TEST(TTivanMerakCorvaneEeprom, BlankImagesAreReadAsTheyAre) {
   EepromImage image(0xFF);
   Record record(image);
-  EXPECT_EQ(record.Read(), 0U);
+  EXPECT_EQ(record.Read(), merak::kSuccess);
   EXPECT_EQ(image.reads.size(), 203U) << "no version is taken as one before 1.1";
   EXPECT_EQ(record.GetIDString(), std::string(20, '\xFF'));
-  EXPECT_EQ(record.SetFocalLength(record.GetFocalLength()), 0U);
-  EXPECT_TRUE(std::isnan(record.GetFocalLength()) && !record.IsDirty()) << "the same bits are no change";
+  EXPECT_TRUE(std::isnan(record.GetFocalLength()));
+  EXPECT_EQ(record.SetFocalLength(record.GetFocalLength()), merak::kSuccess);
+  EXPECT_FALSE(record.IsDirty()) << "the same bits are no change";
 }
 
-TEST_F(ReadRecord, ImmediateWritesReachTheInstrumentOnlyOnAChange) {
+TEST_F(ReadRecord, AWavelengthIsWrittenAtOnceWhenItsBitsDiffer) {
   mImage.Reset();
-  EXPECT_EQ(mRecord.SetCurrentWavelength(546.074F), 0U);
-  EXPECT_TRUE(mImage.writes.empty());
+  EXPECT_EQ(mRecord.SetCurrentWavelength(546.074F), merak::kSuccess);
+  EXPECT_EQ(mImage.writes, std::vector<int>());
   mRecord.SetCurrentWavelength(-0.0F);
   mRecord.SetCurrentWavelength(0.0F);
-  EXPECT_EQ(mImage.writes.size(), 8U) << "0 and -0 differ in their bits";
-  EXPECT_EQ(mImage.IntAt(289), 0);
-  mImage.FailAt({64}, false, merak::kIllegalAccess);
+  EXPECT_EQ(mImage.writes.size(), 8U);
+  EXPECT_EQ(mImage.IntAt(kCurrentWavelength), 0);
+}
+
+TEST_F(ReadRecord, AFailingOpticalParameterEndsAndTheOthersAreWritten) {
+  mImage.FailAt({kFocalLength + 1}, false, merak::kIllegalAccess);
   EXPECT_EQ(mRecord.WriteOpticalParamsToEEPROM(1.5F, 10.0F, 3.0F), merak::kIllegalAccess);
-  EXPECT_EQ(mImage.writes.size(), 10U) << "the failing field ends, the others are written";
-  EXPECT_EQ(mImage.FloatAt(71), 3.0F);
+  EXPECT_EQ(mImage.writes.size(), 10U);
+  EXPECT_EQ(mImage.FloatAt(kPlaneTilt), 3.0F);
+}
+
+TEST_F(ReadRecord, AnActiveTurretIsWrittenEvenWhenItIsTheSame) {
   mImage.Reset();
   for (const int turret : {-1, 3, 255}) {
-    EXPECT_EQ(mRecord.SetActiveTurret(turret), Record::kOutOfRange);
+    EXPECT_EQ(mRecord.SetActiveTurret(turret), Record::kOutOfRange) << turret;
   }
-  EXPECT_EQ(mRecord.SetActiveTurret(1), 0U);
-  EXPECT_EQ(mImage.writes, std::vector<int>{554}) << "written even when it is the same";
+  EXPECT_EQ(mRecord.SetActiveTurret(1), merak::kSuccess);
+  EXPECT_EQ(mImage.writes, std::vector<int>{kActiveTurret});
 }
 
 TEST(TTivanMerakCorvaneEeprom, ActiveTurretIsStoredAlsoWhereTheStructureHasOneTurret) {
   EepromImage image = Instrument("1.2");
   Record record(image);
   record.Read();
-  EXPECT_EQ(record.SetActiveTurret(2), 0U);
+  EXPECT_EQ(record.SetActiveTurret(2), merak::kSuccess);
   EXPECT_EQ(image.writes, std::vector<int>{542});
   record.Read();
   EXPECT_EQ(record.GetActiveTurret(), 0) << "the record as a whole does not hold it";
 }
 
-TEST_F(ReadRecord, IndicesOutsideTheTablesTouchNothing) {
-  mImage.At(554) = 200;
+TEST_F(ReadRecord, AnActiveTurretBeyondTheTableIsKeptAndHasNoGratings) {
+  mImage.At(kActiveTurret) = 200;
   mRecord.Read();
-  EXPECT_EQ(mRecord.GetActiveTurret(), 200) << "kept as the instrument says it";
-  EXPECT_EQ(mRecord.GetActiveTurretNoOfGratings() + mRecord.GetActiveTurretGratingStart(0), 0);
+  EXPECT_EQ(mRecord.GetActiveTurret(), 200);
+  EXPECT_EQ(mRecord.GetActiveTurretNoOfGratings(), 0);
+  EXPECT_EQ(mRecord.GetActiveTurretGratingStart(0), 0);
   EXPECT_EQ(mRecord.GetActiveTurretGratingBlaze(0), "");
+}
+
+TEST_F(ReadRecord, IndicesOutsideTheTablesTouchNothing) {
   for (const int bad : {-1, 6, 254, INT_MIN, INT_MAX}) {
     for (const auto& [turret, grating] : {std::pair(bad, 0), std::pair(0, bad)}) {
       EXPECT_EQ(mRecord.GetGratingLines(turret, grating), 0.0F);
@@ -259,24 +319,28 @@ TEST_F(ReadRecord, IndicesOutsideTheTablesTouchNothing) {
                                      mRecord.SetWaveToStepsCoeff(bad, 1.0F)};
       EXPECT_THAT(results, testing::Each(MerakResult{Record::kOutOfRange}));
     }
-    EXPECT_EQ(mRecord.GetNoOfGratings(bad) + mRecord.GetDetectorOffset(0, bad), 0);
+    EXPECT_EQ(mRecord.GetNoOfGratings(bad), 0);
+    EXPECT_EQ(mRecord.GetDetectorOffset(0, bad), 0);
     EXPECT_EQ(mRecord.GetFilterString(bad), "");
     EXPECT_EQ(mRecord.GetWaveToStepsCoeff(bad), 0.0F);
   }
   EXPECT_FALSE(mRecord.IsDirty());
 }
 
-TEST_F(ReadRecord, DetectorOffsetsFollowTheEntranceAdjustment) {
+TEST_F(ReadRecord, DetectorOffsetsLieExitByExitEntranceByEntrance) {
   EXPECT_EQ(mRecord.GetDetectorOffset(1, 0), 72);
   EXPECT_EQ(mRecord.GetDetectorOffset(0, 2), 72) << "the entry behind exit 1";
-  EXPECT_EQ(mRecord.GetDetectorOffset(2, 2) + mRecord.GetDetectorOffset(1, 2), 0);
+  EXPECT_EQ(mRecord.GetDetectorOffset(1, 2), 0);
   EXPECT_EQ(mRecord.SetDetectorOffset(2, 0, 1), Record::kOutOfRange);
+}
+
+TEST_F(ReadRecord, ADetectorOffsetOfTheOtherEntranceIsKeptWhereTheStructureHasRoom) {
   mImage = Instrument("2.5");
   mRecord.Read();
-  EXPECT_EQ(mRecord.GetDetectorOffset(2, 1), mImage.IntAt(321));
-  EXPECT_EQ(mRecord.SetDetectorOffset(1, 1, 99), 0U);
+  EXPECT_EQ(mRecord.GetDetectorOffset(2, 1), mImage.IntAt(kDetectorOffsets + 4));
+  EXPECT_EQ(mRecord.SetDetectorOffset(1, 1, 99), merak::kSuccess);
   mRecord.Write();
-  EXPECT_EQ(mImage.IntAt(321), 99) << "set behind entrance 1, kept where the structure has room";
+  EXPECT_EQ(mImage.IntAt(kDetectorOffsets + 4), 99);
 }
 
 TEST_F(ReadRecord, TextsAreCutToTheirFieldAndInMemoryToTheirLimit) {
@@ -285,10 +349,11 @@ TEST_F(ReadRecord, TextsAreCutToTheirFieldAndInMemoryToTheirLimit) {
   mRecord.SetGratingBlaze(0, 0, std::string(300, 'b'));
   EXPECT_EQ(mRecord.GetGratingBlaze(0, 0), std::string(31, 'b'));
   mRecord.SetSerialNumber(std::string("CV\0hidden", 9));
+  const std::string behindTheBlaze = mImage.TextAt(kGratingBlazes + 6, 1);
   mRecord.Write();
-  EXPECT_EQ(mImage.TextAt(384, 17), std::string(10, 'f') + "Label 1");
-  EXPECT_EQ(mImage.TextAt(345, 7), std::string(6, 'b') + static_cast<char>(0x20 + 351 % 0x5B));
-  EXPECT_EQ(mImage.TextAt(31, 10), std::string("CV") + std::string(8, '\0'));
+  EXPECT_EQ(mImage.TextAt(kFilterLabels, 17), std::string(10, 'f') + "Label 1");
+  EXPECT_EQ(mImage.TextAt(kGratingBlazes, 7), std::string(6, 'b') + behindTheBlaze);
+  EXPECT_EQ(mImage.TextAt(kSerialNumber, 10), std::string("CV") + std::string(8, '\0'));
 }
 
 TEST(StructureVersion, TakesTheNumbersBeforeAndBehindTheFirstStop) {
