@@ -19,22 +19,19 @@ namespace corvane {
 namespace {
 
 using Values = CorvDataValues;
-using places::GratingCount;
-using places::Many;
-using places::Motion;
-using places::OfGrating;
-using places::One;
-using places::SlitPoint;
 
-constexpr std::size_t kMostKeys = 9;
+constexpr std::size_t kMostKeys = kHoleValues;
 /// Room for the longest default, which the profile reader copies whole.
 constexpr std::size_t kBuffer = 240;
 constexpr std::size_t kBlazeCut = 4;
 
 using Texts = std::array<const char*, kMostKeys>;
 using KeyCount = std::size_t (*)(const Values& values);
+/// Which of the row's values stands at each place; no row has more.
+using Order = std::array<std::size_t, kHoleValues>;
 
-struct Row {
+/// Keys that are read and written alike.
+struct KeyRow {
   const char* section = nullptr;
   /// The keys of the row, or one with "%d" for the keys' numbers, counted from 1.
   Texts keys{};
@@ -44,10 +41,12 @@ struct Row {
   double since = 0.0;
   /// How many numbers a comma list holds; 1 for a plain value.
   std::size_t list = 1;
-  CorvDataPlaces place = nullptr;
+  /// The first of the values.
+  CorvValueId value;
   /// How many numbered keys there are; null where they are named.
   KeyCount count = nullptr;
   CorvDataSettle settle = nullptr;
+  Order order{0, 1, 2, 3, 4, 5, 6, 7, 8};
 };
 
 template <std::size_t Number>
@@ -61,7 +60,8 @@ std::size_t Filters(const Values& values) {
 
 template <std::size_t Turret>
 std::size_t Gratings(const Values& values) {
-  return static_cast<std::size_t>(std::clamp(values.turrets[Turret].numberOfGratings, 0, 3));
+  const std::int32_t stored = values.turrets[Turret].numberOfGratings;
+  return static_cast<std::size_t>(std::clamp<std::int32_t>(stored, 0, Values::kGratings));
 }
 
 /// Whatever a file says: instruments answer at no other address.
@@ -86,104 +86,99 @@ int CutBlazes(Values& values) {
 }
 
 /// As files have it: each MAXDUM before its MINDUM.
-template <std::size_t Number>
-CorvDataPlace Hole(Values& values, std::size_t element) {
-  Values::Hole& hole = values.holes[Number];
-  const std::array<std::int32_t*, kMostKeys> order{&hole.findDist,    &hole.find.maxDum, &hole.find.minDum,
-                                                   &hole.find.delDum, &hole.intoDist,    &hole.edgeDist,
-                                                   &hole.edge.maxDum, &hole.edge.minDum, &hole.edge.delDum};
-  return order[element];
-}
+constexpr Order kMaximumFirst{0, 2, 1, 3, 4, 5, 7, 6, 8};
 
-using Grating = Values::Grating;
+using enum CorvField;
 
 // The defaults differ here and there from the values of a fresh record, as those of data files always have.
 // clang-format off
-constexpr Row kRows[] = {
-    // section, keys, defaults, buffer, since, list, values, number of keys, then
-    {"General", {"COMMADD"},   {"16"},               10, 0,   1, One<&Values::commAdd>, nullptr, ForceAddress},
-    {"General", {"SVERNO"},    {"1.0"},              10, 0,   1, One<&Values::structureVersion>, nullptr, SplitVersion},
-    {"General", {"IDSTRING"},  {"Tivan Technology"}, 20, 0,   1, One<&Values::idString>},
-    {"General", {"IVERNO"},    {"PP004"},            10, 0,   1, One<&Values::instrumentVersion>},
-    {"General", {"DOM"},       {"01/01/2001"},       11, 0,   1, One<&Values::dateOfManufacture>},
-    {"General", {"DATE"},      {"02/02/2002"},       11, 0,   1, One<&Values::date>},
-    {"General", {"FOCLEN"},    {"0.2573600113"},     20, 0,   1, One<&Values::focalLength>},
-    {"General", {"ANGDEV"},    {"11.82999992"},      20, 0,   1, One<&Values::angularDeviation>},
-    {"General", {"FOCTLT"},    {"6.699999809"},      20, 0,   1, One<&Values::focalTilt>},
-    {"General", {"CURRFILT"},  {"0"},                10, 0,   1, One<&Values::currentFilter>},
-    {"General", {"CURRMIR"},   {"0"},                10, 0,   1, One<&Values::currentMirror>},
-    {"General", {"CURRWAVE"},  {"0"},                10, 0,   1, One<&Values::currentWave>},
-    {"General", {"CURRSLIT"},  {"0"},                10, 0,   1, Many<&Values::currentSlit, 0>},
-    {"General", {"CURRSLIT2"}, {"0"},                10, 1.2, 1, Many<&Values::currentSlit, 1>},
+constexpr KeyRow kKeyRows[] = {
+    // section, keys, defaults, buffer, since, list, first value, number of keys, then, order
+    {"General", {"COMMADD"},   {"16"},               10, 0,   1, {kCommAdd}, nullptr, ForceAddress},
+    {"General", {"SVERNO"},    {"1.0"},              10, 0,   1, {kStructureVersion}, nullptr, SplitVersion},
+    {"General", {"IDSTRING"},  {"Tivan Technology"}, 20, 0,   1, {kIdString}},
+    {"General", {"IVERNO"},    {"PP004"},            10, 0,   1, {kInstrumentVersion}},
+    {"General", {"DOM"},       {"01/01/2001"},       11, 0,   1, {kDateOfManufacture}},
+    {"General", {"DATE"},      {"02/02/2002"},       11, 0,   1, {kDate}},
+    {"General", {"FOCLEN"},    {"0.2573600113"},     20, 0,   1, {kFocalLength}},
+    {"General", {"ANGDEV"},    {"11.82999992"},      20, 0,   1, {kAngularDeviation}},
+    {"General", {"FOCTLT"},    {"6.699999809"},      20, 0,   1, {kFocalTilt}},
+    {"General", {"CURRFILT"},  {"0"},                10, 0,   1, {kCurrentFilter}},
+    {"General", {"CURRMIR"},   {"0"},                10, 0,   1, {kCurrentMirror}},
+    {"General", {"CURRWAVE"},  {"0"},                10, 0,   1, {kCurrentWave}},
+    {"General", {"CURRSLIT"},  {"0"},                10, 0,   1, {kCurrentSlit}},
+    {"General", {"CURRSLIT2"}, {"0"},                10, 1.2, 1, {kCurrentSlit, 1}},
 
     {"wave",    {"MINDUM", "MAXDUM", "DELDUM", "MINSTEPS", "MAXSTEPS"},
-                {"5000", "80000", "1000", "0", "480000"},   10, 0,   1, Motion<0>},
+                {"5000", "80000", "1000", "0", "480000"},   10, 0,   1, MotionOf(0)[0]},
     {"slit",    {"MINDUM", "MAXDUM", "DELDUM", "MINSTEPS", "MAXSTEPS"},
-                {"40000", "80000", "1000", "0", "1000"},    10, 0,   1, Motion<1>},
+                {"40000", "80000", "1000", "0", "1000"},    10, 0,   1, MotionOf(1)[0]},
     {"slit",    {"MINDUM2", "MAXDUM2", "DELDUM2", "MINSTEPS2", "MAXSTEPS2"},
-                {"40000", "80000", "1000", "0", "1000"},    10, 1.2, 1, Motion<4>},
+                {"40000", "80000", "1000", "0", "1000"},    10, 1.2, 1, MotionOf(4)[0]},
     {"filter",  {"MINDUM", "MAXDUM", "DELDUM", "MINSTEPS", "MAXSTEPS"},
-                {"20000", "30000", "1000", "0", "4800"},    10, 0,   1, Motion<2>},
+                {"20000", "30000", "1000", "0", "4800"},    10, 0,   1, MotionOf(2)[0]},
     {"flipper", {"MINDUM", "MAXDUM", "DELDUM", "MINSTEPS", "MAXSTEPS"},
-                {"100000", "100000", "1000", "0", "80"},    10, 0,   1, Motion<3>},
+                {"100000", "100000", "1000", "0", "80"},    10, 0,   1, MotionOf(3)[0]},
 
-    {"wave",    {"DETOFFSET"},    {"192"},    10, 0,   1, Many<&Values::detectorOffset, 0>},
-    {"wave",    {"DETOFFSET2"},   {"0"},      10, 1.4, 1, Many<&Values::detectorOffset, 1>},
-    {"wave",    {"TURRET"},       {"1"},      10, 0,   1, One<&Values::turret>, nullptr, settle::Turret},
-    {"wave",    {"POLY%d"},       {"0"},      20, 0,   1, Many<&Values::polynomial>, Fixed<5>},
-    {"wave",    {"Linear"},       {"0,1"},    20, 0,   2, Many<&Values::linear>},
-    {"wave",    {"Quadratic%d"},  {"0,0,0"}, 100, 0,   3, Many<&Values::quadratic>, Fixed<3>},
-    {"wave",    {"SINPHASE"},     {"0.812"},  20, 1.1, 1, One<&Values::sinPhase>},
-    {"wave",    {"SINFREQUENCY"}, {"2000.0"}, 20, 1.1, 1, One<&Values::sinFrequency>},
-    {"wave",    {"SINAMPLITUDE"}, {"0.0"},    20, 1.1, 1, One<&Values::sinAmplitude>},
+    {"wave",    {"DETOFFSET"},    {"192"},    10, 0,   1, {kDetectorOffset}},
+    {"wave",    {"DETOFFSET2"},   {"0"},      10, 1.4, 1, {kDetectorOffset, 1}},
+    {"wave",    {"TURRET"},       {"1"},      10, 0,   1, {kTurret}, nullptr, SettleTurret},
+    {"wave",    {"POLY%d"},       {"0"},      20, 0,   1, {kPolynomial}, Fixed<5>},
+    {"wave",    {"Linear"},       {"0,1"},    20, 0,   2, {kLinear}},
+    {"wave",    {"Quadratic%d"},  {"0,0,0"}, 100, 0,   3, {kQuadratic}, Fixed<3>},
+    {"wave",    {"SINPHASE"},     {"0.812"},  20, 1.1, 1, {kSinPhase}},
+    {"wave",    {"SINFREQUENCY"}, {"2000.0"}, 20, 1.1, 1, {kSinFrequency}},
+    {"wave",    {"SINAMPLITUDE"}, {"0.0"},    20, 1.1, 1, {kSinAmplitude}},
     {"wave",    {"HOLE1FINDDIST", "HOLE1FINDMAXDUM", "HOLE1FINDMINDUM", "HOLE1FINDDELTA", "HOLE1INTODIST",
                  "HOLE1EDGEDIST", "HOLE1EDGEMAXDUM", "HOLE1EDGEMINDUM", "HOLE1EDGEDELTA"},
-                {"480000", "80000", "4000", "1000", "1000", "5000", "80000", "5000", "1000"},  10, 1.1, 1, Hole<0>},
+                {"480000", "80000", "4000", "1000", "1000", "5000", "80000", "5000", "1000"},  10, 1.1, 1,
+                HoleOf(0)[0], nullptr, nullptr, kMaximumFirst},
     {"wave",    {"HOLE2FINDDIST", "HOLE2FINDMAXDUM", "HOLE2FINDMINDUM", "HOLE2FINDDELTA", "HOLE2INTODIST",
                  "HOLE2EDGEDIST", "HOLE2EDGEMAXDUM", "HOLE2EDGEMINDUM", "HOLE2EDGEDELTA"},
-                {"3000", "80000", "10000", "1000", "10", "2000", "400000", "400000", "1000"},  10, 1.1, 1, Hole<1>},
+                {"3000", "80000", "10000", "1000", "10", "2000", "400000", "400000", "1000"},  10, 1.1, 1,
+                HoleOf(1)[0], nullptr, nullptr, kMaximumFirst},
 
-    {"slit",    {"POLYSLIT1"},  {"-80,10"},   10, 0,   2, SlitPoint<0, 0>, nullptr, settle::Slit<0>},
-    {"slit",    {"POLYSLIT2"},  {"800,2200"}, 10, 0,   2, SlitPoint<0, 1>, nullptr, settle::Slit<0>},
-    {"slit",    {"POLYSLIT12"}, {"-80,10"},   10, 1.2, 2, SlitPoint<1, 0>, nullptr, settle::Slit<1>},
-    {"slit",    {"POLYSLIT22"}, {"800,2200"}, 10, 1.2, 2, SlitPoint<1, 1>, nullptr, settle::Slit<1>},
+    {"slit",    {"POLYSLIT1"},  {"-80,10"},   10, 0,   2, SlitPointsOf(0)[0], nullptr, SettleSlit<0>},
+    {"slit",    {"POLYSLIT2"},  {"800,2200"}, 10, 0,   2, SlitPointsOf(0)[2], nullptr, SettleSlit<0>},
+    {"slit",    {"POLYSLIT12"}, {"-80,10"},   10, 1.2, 2, SlitPointsOf(1)[0], nullptr, SettleSlit<1>},
+    {"slit",    {"POLYSLIT22"}, {"800,2200"}, 10, 1.2, 2, SlitPointsOf(1)[2], nullptr, SettleSlit<1>},
 
-    {"filter",  {"NOFILTS"},            {"6"},     10, 0,   1, One<&Values::numberOfFilters>},
-    {"filter",  {"LABEL%d"},            {"label"}, 10, 0,   1, Many<&Values::filterLabels>, Filters},
-    {"filter",  {"FILTERRESETOFFSET"},  {"160"},   10, 1.3, 1, One<&Values::filterResetOffset>},
+    {"filter",  {"NOFILTS"},            {"6"},     10, 0,   1, {kNumberOfFilters}},
+    {"filter",  {"LABEL%d"},            {"label"}, 10, 0,   1, {kFilterLabel}, Filters},
+    {"filter",  {"FILTERRESETOFFSET"},  {"160"},   10, 1.3, 1, {kFilterResetOffset}},
     {"filter",  {"FILTER%dSENSORBITS"}, {"4", "12", "8", "10", "2", "6"},
-                                                   10, 1.3, 1, Many<&Values::filterSensorBits>, Filters},
+                                                   10, 1.3, 1, {kFilterSensorBits}, Filters},
     {"filter",  {"FILTER%dDELTA"},      {"0", "800", "1600", "2400", "3200", "4000"},
-                                                   10, 1.3, 1, Many<&Values::filterDelta>, Filters},
+                                                   10, 1.3, 1, {kFilterDelta}, Filters},
 
-    {"shutter", {"SHUTTERMODE"},         {"0"},    10, 1.1, 1, One<&Values::shutterMode>},
-    {"shutter", {"SHUTTERTYPE"},         {"1"},    10, 1.1, 1, One<&Values::shutterType>},
-    {"shutter", {"SHUTTERCUSTOMBGMODE"}, {"3"},    10, 1.1, 1, One<&Values::shutterCustomBgMode>},
-    {"shutter", {"SHUTTERCUSTOMAQMODE"}, {"0"},    10, 1.1, 1, One<&Values::shutterCustomAqMode>},
-    {"shutter", {"SHUTTEROPENTIME"},     {"20.0"}, 20, 1.1, 1, One<&Values::shutterOpenTime>},
-    {"shutter", {"SHUTTERCLOSETIME"},    {"20.0"}, 20, 1.1, 1, One<&Values::shutterCloseTime>},
-    {"shutter", {"SHUTTERFREQLIMIT"},    {"10.0"}, 20, 1.1, 1, One<&Values::shutterFreqLimit>},
+    {"shutter", {"SHUTTERMODE"},         {"0"},    10, 1.1, 1, {kShutterMode}},
+    {"shutter", {"SHUTTERTYPE"},         {"1"},    10, 1.1, 1, {kShutterType}},
+    {"shutter", {"SHUTTERCUSTOMBGMODE"}, {"3"},    10, 1.1, 1, {kShutterCustomBgMode}},
+    {"shutter", {"SHUTTERCUSTOMAQMODE"}, {"0"},    10, 1.1, 1, {kShutterCustomAqMode}},
+    {"shutter", {"SHUTTEROPENTIME"},     {"20.0"}, 20, 1.1, 1, {kShutterOpenTime}},
+    {"shutter", {"SHUTTERCLOSETIME"},    {"20.0"}, 20, 1.1, 1, {kShutterCloseTime}},
+    {"shutter", {"SHUTTERFREQLIMIT"},    {"10.0"}, 20, 1.1, 1, {kShutterFreqLimit}},
 
-    {"wave",    {"NOTURRETS"},     {"3"},   10, 1.1, 1, One<&Values::numberOfTurrets>},
-    {"wave",    {"NOGRATS"},       {"3"},   10, 1.1, 1, GratingCount<0>, nullptr, settle::Gratings<0>},
-    {"wave",    {"NOGRATS2"},      {"3"},   10, 1.1, 1, GratingCount<1>, nullptr, settle::Gratings<1>},
-    {"wave",    {"NOGRATS3"},      {"3"},   10, 1.1, 1, GratingCount<2>, nullptr, settle::Gratings<2>},
-    {"wave",    {"GRATLINES%d"},   {"300"}, 10, 1.1, 1, OfGrating<0, &Grating::lines>, Gratings<0>},
-    {"wave",    {"GRATLINES2%d"},  {"300"}, 10, 1.1, 1, OfGrating<1, &Grating::lines>, Gratings<1>},
-    {"wave",    {"GRATLINES3%d"},  {"300"}, 10, 1.1, 1, OfGrating<2, &Grating::lines>, Gratings<2>},
-    {"wave",    {"GRATBLAZE%d"},   {"300"}, 10, 1.1, 1, OfGrating<0, &Grating::blaze>, Gratings<0>, CutBlazes<0>},
-    {"wave",    {"GRATBLAZE2%d"},  {"300"}, 10, 1.1, 1, OfGrating<1, &Grating::blaze>, Gratings<1>, CutBlazes<1>},
-    {"wave",    {"GRATBLAZE3%d"},  {"300"}, 10, 1.1, 1, OfGrating<2, &Grating::blaze>, Gratings<2>, CutBlazes<2>},
-    {"wave",    {"GRATOFFSET%d"},  {"0"},   10, 1.1, 1, OfGrating<0, &Grating::offset>, Gratings<0>},
-    {"wave",    {"GRATOFFSET2%d"}, {"0"},   10, 1.1, 1, OfGrating<1, &Grating::offset>, Gratings<1>},
-    {"wave",    {"GRATOFFSET3%d"}, {"0"},   10, 1.1, 1, OfGrating<2, &Grating::offset>, Gratings<2>},
-    {"wave",    {"GRATSTART%d"},   {"0"},   10, 1.1, 1, OfGrating<0, &Grating::start>, Gratings<0>},
-    {"wave",    {"GRATSTART2%d"},  {"0"},   10, 1.1, 1, OfGrating<1, &Grating::start>, Gratings<1>},
-    {"wave",    {"GRATSTART3%d"},  {"0"},   10, 1.1, 1, OfGrating<2, &Grating::start>, Gratings<2>},
+    {"wave",    {"NOTURRETS"},     {"3"},   10, 1.1, 1, {kNumberOfTurrets}},
+    {"wave",    {"NOGRATS"},       {"3"},   10, 1.1, 1, {kNumberOfGratings, 0}, nullptr, SettleGratings<0>},
+    {"wave",    {"NOGRATS2"},      {"3"},   10, 1.1, 1, {kNumberOfGratings, 1}, nullptr, SettleGratings<1>},
+    {"wave",    {"NOGRATS3"},      {"3"},   10, 1.1, 1, {kNumberOfGratings, 2}, nullptr, SettleGratings<2>},
+    {"wave",    {"GRATLINES%d"},   {"300"}, 10, 1.1, 1, OfTurret(0, kGratingLines)[0], Gratings<0>},
+    {"wave",    {"GRATLINES2%d"},  {"300"}, 10, 1.1, 1, OfTurret(1, kGratingLines)[0], Gratings<1>},
+    {"wave",    {"GRATLINES3%d"},  {"300"}, 10, 1.1, 1, OfTurret(2, kGratingLines)[0], Gratings<2>},
+    {"wave",    {"GRATBLAZE%d"},   {"300"}, 10, 1.1, 1, OfTurret(0, kGratingBlaze)[0], Gratings<0>, CutBlazes<0>},
+    {"wave",    {"GRATBLAZE2%d"},  {"300"}, 10, 1.1, 1, OfTurret(1, kGratingBlaze)[0], Gratings<1>, CutBlazes<1>},
+    {"wave",    {"GRATBLAZE3%d"},  {"300"}, 10, 1.1, 1, OfTurret(2, kGratingBlaze)[0], Gratings<2>, CutBlazes<2>},
+    {"wave",    {"GRATOFFSET%d"},  {"0"},   10, 1.1, 1, OfTurret(0, kGratingOffset)[0], Gratings<0>},
+    {"wave",    {"GRATOFFSET2%d"}, {"0"},   10, 1.1, 1, OfTurret(1, kGratingOffset)[0], Gratings<1>},
+    {"wave",    {"GRATOFFSET3%d"}, {"0"},   10, 1.1, 1, OfTurret(2, kGratingOffset)[0], Gratings<2>},
+    {"wave",    {"GRATSTART%d"},   {"0"},   10, 1.1, 1, OfTurret(0, kGratingStart)[0], Gratings<0>},
+    {"wave",    {"GRATSTART2%d"},  {"0"},   10, 1.1, 1, OfTurret(1, kGratingStart)[0], Gratings<1>},
+    {"wave",    {"GRATSTART3%d"},  {"0"},   10, 1.1, 1, OfTurret(2, kGratingStart)[0], Gratings<2>},
 };
 // clang-format on
 
-std::size_t Keys(const Row& row, const Values& values) {
+std::size_t Keys(const KeyRow& row, const Values& values) {
   if (row.count != nullptr) {
     return row.count(values);
   }
@@ -191,7 +186,12 @@ std::size_t Keys(const Row& row, const Values& values) {
   return static_cast<std::size_t>(end - row.keys.begin());
 }
 
-std::string KeyName(const Row& row, std::size_t index) {
+/// The index-th of the values that the row's keys hold.
+CorvValueId IdOf(const KeyRow& row, std::size_t index) {
+  return {row.value.field, row.value.element + row.order[index]};
+}
+
+std::string KeyName(const KeyRow& row, std::size_t index) {
   if (row.count == nullptr) {
     return row.keys[index];
   }
@@ -223,59 +223,59 @@ std::vector<std::string> SplitList(const std::string& text) {
   return parts;
 }
 
-void Take(const std::string& text, CorvDataPlace place) {
-  const auto take = [&](auto* value) {
-    using Value = std::remove_pointer_t<decltype(value)>;
+void Assign(CorvValue value, const std::string& text) {
+  const auto assign = [&](auto* place) {
+    using Value = std::remove_pointer_t<decltype(place)>;
     if constexpr (std::is_same_v<Value, std::string>) {
-      *value = text;
+      *place = text;
     } else if constexpr (std::is_same_v<Value, float>) {
-      *value = static_cast<float>(ToDouble(text));
+      *place = static_cast<float>(ToDouble(text));
     } else {
-      *value = static_cast<Value>(ToInteger(text));
+      *place = static_cast<Value>(ToInteger(text));
     }
   };
-  std::visit(take, place);
+  std::visit(assign, value);
 }
 
-void ReadKey(const char* path, const Row& row, std::size_t index, Values& values) {
+void ReadKey(const char* path, const KeyRow& row, std::size_t index, Values& values) {
   std::array<char, kBuffer> buffer{};
   const char* byDefault = row.defaults[index] != nullptr ? row.defaults[index] : row.defaults.front();
   GetPrivateProfileString(row.section, KeyName(row, index).c_str(), byDefault, buffer.data(), row.buffer, path);
   const std::string text = buffer.data();
   if (row.list == 1) {
-    Take(text, row.place(values, index));
+    Assign(ValueOf(values, IdOf(row, index)), text);
     return;
   }
   const std::vector<std::string> parts = SplitList(text);
   for (std::size_t i = 0; parts.size() >= row.list && i < row.list; ++i) {
-    Take(parts[i], row.place(values, index * row.list + i));
+    Assign(ValueOf(values, IdOf(row, index * row.list + i)), parts[i]);
   }
 }
 
-std::string ToText(CorvDataPlace place) {
-  const auto toText = [](const auto* value) -> std::string {
-    using Value = std::remove_cv_t<std::remove_pointer_t<decltype(value)>>;
+std::string ToText(CorvValue value) {
+  const auto toText = [](const auto* place) -> std::string {
+    using Value = std::remove_cv_t<std::remove_pointer_t<decltype(place)>>;
     if constexpr (std::is_same_v<Value, std::string>) {
-      return *value;
+      return *place;
     } else if constexpr (std::is_same_v<Value, float>) {
       std::array<char, 32> text{};
-      std::snprintf(text.data(), text.size(), "%g", static_cast<double>(*value));
+      std::snprintf(text.data(), text.size(), "%g", static_cast<double>(*place));
       return text.data();
     } else {
-      return std::to_string(*value);
+      return std::to_string(*place);
     }
   };
-  return std::visit(toText, place);
+  return std::visit(toText, value);
 }
 
-void WriteKey(const Row& row, std::size_t index, Values& values, const ProfileSink& sink,
-              const std::optional<CorvDataPlace>& only) {
+void WriteKey(const KeyRow& row, std::size_t index, Values& values, const ProfileSink& sink,
+              const std::optional<CorvValueId>& only) {
   std::string text;
   bool wanted = !only;
   for (std::size_t i = 0; i < row.list; ++i) {
-    const CorvDataPlace place = row.place(values, index * row.list + i);
-    wanted = wanted || place == *only;
-    text += (i == 0 ? "" : ",") + ToText(place);
+    const CorvValueId id = IdOf(row, index * row.list + i);
+    wanted = wanted || id == *only;
+    text += (i == 0 ? "" : ",") + ToText(ValueOf(values, id));
   }
   if (wanted) {
     sink(row.section, KeyName(row, index).c_str(), text.c_str());
@@ -285,7 +285,7 @@ void WriteKey(const Row& row, std::size_t index, Values& values, const ProfileSi
 }  // namespace
 
 void ReadProfileKeys(const char* path, CorvDataValues& values) {
-  for (const Row& row : kRows) {
+  for (const KeyRow& row : kKeyRows) {
     // A double on both sides: as floats 1.3 and 1.4 would differ from their texts.
     if (row.since > 0.0 && !(ToDouble(values.structureVersion) >= row.since)) {
       continue;
@@ -300,8 +300,8 @@ void ReadProfileKeys(const char* path, CorvDataValues& values) {
   }
 }
 
-void WriteProfileKeys(CorvDataValues& values, const ProfileSink& sink, const std::optional<CorvDataPlace>& only) {
-  for (const Row& row : kRows) {
+void WriteProfileKeys(CorvDataValues& values, const ProfileSink& sink, const std::optional<CorvValueId>& only) {
+  for (const KeyRow& row : kKeyRows) {
     const std::size_t keys = Keys(row, values);
     for (std::size_t index = 0; index < keys; ++index) {
       WriteKey(row, index, values, sink, only);

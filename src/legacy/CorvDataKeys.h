@@ -6,7 +6,7 @@
 #include <functional>
 #include <optional>
 
-#include "legacy/CorvDataPlace.h"
+#include "legacy/CorvDataField.h"
 #include "legacy/CorvDataValues.h"
 
 namespace corvane {
@@ -18,9 +18,9 @@ void ReadProfileKeys(const char* path, CorvDataValues& values);
 /// Takes one key and the text of its value.
 using ProfileSink = std::function<void(const char* section, const char* key, const char* text)>;
 
-/// Hands out every key, whatever the structure version, or only the one that holds `only`. Filters and gratings go as
-/// far as their current numbers.
+/// Hands out every key, whatever the structure version, or only the one whose text holds `only`. Filters and gratings
+/// go as far as their current numbers.
 void WriteProfileKeys(CorvDataValues& values, const ProfileSink& sink,
-                      const std::optional<CorvDataPlace>& only = std::nullopt);
+                      const std::optional<CorvValueId>& only = std::nullopt);
 
 }  // namespace corvane

@@ -17,12 +17,6 @@ namespace {
 using Values = CorvDataValues;
 using legacy::kFailure;
 using legacy::kSuccess;
-using places::GratingCount;
-using places::Many;
-using places::Motion;
-using places::OfGrating;
-using places::One;
-using places::SlitPoint;
 
 /// How a value is stored: integers and floats take four bytes, and small integers one.
 enum class Form { kByte, kInt, kFloat, kText, kBlaze };
@@ -47,30 +41,46 @@ enum class Group {
   kTurret3
 };
 
-struct Row {
+struct PageOffset {
   int page = 0;
   int offset = 0;
+};
+
+/// What lies at one place: a value, or elements of a field one behind the other.
+struct StoredField {
+  PageOffset at;
   Form form = Form::kByte;
-  std::size_t elements = 0;
-  /// A text: bytes that are read, and bytes that may be written. Blazes: where the third grating's lies from major
-  /// version 3 on, when its five digits no longer fit behind the second's.
-  int size = 0;
+  CorvElements values;
+  /// Texts: bytes that are read, and that may be written.
+  int length = 0;
   int room = 0;
-  StructureVersion since;
-  int readStep = 0;
+  /// Blazes: where the third grating's lies from major version 3 on, when its five digits no longer fit behind the
+  /// second's.
+  int thirdAt = 0;
+  StructureVersion since{};
+  /// The step of reading.
+  int step = 0;
   Group group = Group::kAddress;
-  CorvDataPlaces place = nullptr;
   CorvDataSettle settle = nullptr;
 };
 
-constexpr std::size_t kPerFilter = 0;
-constexpr StructureVersion kAll{};
 constexpr StructureVersion k11{1, 1};
 constexpr StructureVersion k12{1, 2};
 constexpr StructureVersion k13{1, 3};
 constexpr StructureVersion k14{1, 4};
 constexpr StructureVersion kNewest{3, 0};
 constexpr int kFiveDigitBlazes = 3;
+constexpr int kNumberWidth = 4;
+constexpr int kFourDigits = 4;
+constexpr int kFiveDigits = 5;
+constexpr std::size_t kThirdGrating = 2;
+
+/// As many as there are filters.
+constexpr std::size_t kEveryFilter = 0;
+
+constexpr CorvElements OfFilters(CorvField field) {
+  return {field, 0, kEveryFilter};
+}
 
 int CheckAddress(Values& values) {
   const bool known = values.commAdd == Values::kCommAdd;
@@ -82,7 +92,7 @@ int CheckVersion(Values& values) {
   // Texts with blanks or unprogrammed bytes behind the number exist: they leave the numbers as they are.
   SplitVersionString(values.structureVersion.c_str(), &values.structureMajor, &values.structureMinor);
   const StructureVersion version{values.structureMajor, values.structureMinor};
-  return kNewest.IsAtLeast(version) ? kSuccess : legacy::kNewerStructure;
+  return kNewest.IsAtLeast(version) ? kSuccess : legacy::kBeyondLimits;
 }
 
 int CutLabels(Values& values) {
@@ -103,86 +113,90 @@ int SettleAcquisitionMode(Values& values) {
   return kSuccess;
 }
 
-/// As the pages have it: each MINDUM before its MAXDUM.
-template <std::size_t Number>
-CorvDataPlace Hole(Values& values, std::size_t element) {
-  Values::Hole& hole = values.holes[Number];
-  const std::array<std::int32_t*, 9> order{&hole.findDist,    &hole.find.minDum, &hole.find.maxDum,
-                                           &hole.find.delDum, &hole.intoDist,    &hole.edgeDist,
-                                           &hole.edge.minDum, &hole.edge.maxDum, &hole.edge.delDum};
-  return order[element];
-}
-
-using Grating = Values::Grating;
+using enum CorvField;
+using enum Form;
+using enum Group;
 
 // clang-format off
-constexpr Row kRows[] = {
-    // page, offset, form, elements, size, room, since, read step, group, value, then
-    {0,   0, Form::kByte,  1,  0,  0, kAll, 11, Group::kAddress, One<&Values::commAdd>, CheckAddress},
-    {0,   1, Form::kText,  1, 20, 20, kAll, 12, Group::kGeneral, One<&Values::idString>},
-    {0,  21, Form::kText,  1, 10, 10, kAll, 11, Group::kGeneral, One<&Values::structureVersion>, CheckVersion},
-    {0,  31, Form::kText,  1, 10, 10, kAll, 12, Group::kGeneral, One<&Values::instrumentVersion>},
-    {0,  41, Form::kText,  1, 10, 11, kAll, 12, Group::kGeneral, One<&Values::dateOfManufacture>},
-    {0,  52, Form::kText,  1, 10, 11, kAll, 12, Group::kGeneral, One<&Values::date>},
-    {0,  63, Form::kFloat, 1,  0,  0, kAll, 12, Group::kGeneral, One<&Values::focalLength>},
-    {0,  67, Form::kFloat, 1,  0,  0, kAll, 12, Group::kGeneral, One<&Values::angularDeviation>},
-    {0,  71, Form::kFloat, 1,  0,  0, kAll, 12, Group::kGeneral, One<&Values::focalTilt>},
-    {0,  75, Form::kFloat, 1,  0,  0, kAll, 12, Group::kGeneral, One<&Values::currentWave>},
-    {0,  79, Form::kFloat, 1,  0,  0, kAll, 12, Group::kGeneral, Many<&Values::currentSlit, 0>},
-    {0,  83, Form::kInt,   1,  0,  0, kAll, 12, Group::kGeneral, One<&Values::currentFilter>},
-    {0,  87, Form::kInt,   1,  0,  0, kAll, 12, Group::kGeneral, One<&Values::currentMirror>},
-    {0,  99, Form::kFloat, 1,  0,  0, k12,  12, Group::kGeneral, Many<&Values::currentSlit, 1>},
+constexpr StoredField kStoredFields[] = {
+    {.at = {0, 0}, .form = kByte, .values = {kCommAdd}, .step = 11, .group = kAddress, .settle = CheckAddress},
+    {.at = {0, 1}, .form = kText, .values = {kIdString}, .length = 20, .room = 20, .step = 12, .group = kGeneral},
+    {.at = {0, 21}, .form = kText, .values = {kStructureVersion}, .length = 10, .room = 10,
+     .step = 11, .group = kGeneral, .settle = CheckVersion},
+    {.at = {0, 31}, .form = kText, .values = {kInstrumentVersion}, .length = 10, .room = 10,
+     .step = 12, .group = kGeneral},
+    {.at = {0, 41}, .form = kText, .values = {kDateOfManufacture}, .length = 10, .room = 11,
+     .step = 12, .group = kGeneral},
+    {.at = {0, 52}, .form = kText, .values = {kDate}, .length = 10, .room = 11, .step = 12, .group = kGeneral},
+    {.at = {0, 63}, .form = kFloat, .values = {kFocalLength}, .step = 12, .group = kGeneral},
+    {.at = {0, 67}, .form = kFloat, .values = {kAngularDeviation}, .step = 12, .group = kGeneral},
+    {.at = {0, 71}, .form = kFloat, .values = {kFocalTilt}, .step = 12, .group = kGeneral},
+    {.at = {0, 75}, .form = kFloat, .values = {kCurrentWave}, .step = 12, .group = kGeneral},
+    {.at = {0, 79}, .form = kFloat, .values = {kCurrentSlit}, .step = 12, .group = kGeneral},
+    {.at = {0, 83}, .form = kInt, .values = {kCurrentFilter}, .step = 12, .group = kGeneral},
+    {.at = {0, 87}, .form = kInt, .values = {kCurrentMirror}, .step = 12, .group = kGeneral},
+    {.at = {0, 99}, .form = kFloat, .values = {kCurrentSlit, 1}, .since = k12, .step = 12, .group = kGeneral},
 
-    {1,   0, Form::kInt,   5,  0,  0, kAll, 13, Group::kMotor1, Motion<0>},
-    {2,   0, Form::kInt,   5,  0,  0, kAll, 14, Group::kMotor2, Motion<1>},
-    {3,   0, Form::kInt,   5,  0,  0, kAll, 15, Group::kMotor3, Motion<2>},
-    {4,   0, Form::kInt,   5,  0,  0, kAll, 16, Group::kMotor4, Motion<3>},
-    {5,   0, Form::kInt,   5,  0,  0, k12,  17, Group::kMotor5, Motion<4>},
+    {.at = {1, 0}, .form = kInt, .values = MotionOf(0), .step = 13, .group = kMotor1},
+    {.at = {2, 0}, .form = kInt, .values = MotionOf(1), .step = 14, .group = kMotor2},
+    {.at = {3, 0}, .form = kInt, .values = MotionOf(2), .step = 15, .group = kMotor3},
+    {.at = {4, 0}, .form = kInt, .values = MotionOf(3), .step = 16, .group = kMotor4},
+    {.at = {5, 0}, .form = kInt, .values = MotionOf(4), .since = k12, .step = 17, .group = kMotor5},
 
-    {1,  20, Form::kByte,  1,  0,  0, kAll, 18, Group::kWave, One<&Values::turret>, settle::Turret},
-    {1,  21, Form::kByte,  1,  0,  0, k11,  18, Group::kTurret1, GratingCount<0>, settle::Gratings<0>},
-    {1,  22, Form::kFloat, 3,  0,  0, k11,  18, Group::kTurret1, OfGrating<0, &Grating::lines>},
-    {1,  34, Form::kBlaze, 3, 230, 0, k11,  18, Group::kTurret1, OfGrating<0, &Grating::blaze>},
-    {1,  46, Form::kInt,   3,  0,  0, k11,  18, Group::kTurret1, OfGrating<0, &Grating::offset>},
-    {1,  58, Form::kInt,   3,  0,  0, k11,  18, Group::kTurret1, OfGrating<0, &Grating::start>},
-    {1,  70, Form::kInt,   1,  0,  0, kAll, 18, Group::kWave, Many<&Values::detectorOffset, 0>},
-    {1,  74, Form::kFloat, 5,  0,  0, kAll, 18, Group::kWave, Many<&Values::polynomial>},
-    {1,  94, Form::kFloat, 2,  0,  0, kAll, 18, Group::kWave, Many<&Values::linear>},
-    {1, 102, Form::kFloat, 9,  0,  0, kAll, 18, Group::kWave, Many<&Values::quadratic>},
-    {1, 138, Form::kFloat, 1,  0,  0, k11,  18, Group::kWave, One<&Values::sinPhase>},
-    {1, 142, Form::kFloat, 1,  0,  0, k11,  18, Group::kWave, One<&Values::sinFrequency>},
-    {1, 146, Form::kFloat, 1,  0,  0, k11,  18, Group::kWave, One<&Values::sinAmplitude>},
-    {1, 150, Form::kInt,   9,  0,  0, k11,  19, Group::kHoles, Hole<0>},
-    {1, 186, Form::kInt,   9,  0,  0, k11,  19, Group::kHoles, Hole<1>},
-    {1, 222, Form::kByte,  1,  0,  0, k11,  19, Group::kTurretCount, One<&Values::numberOfTurrets>},
-    {1, 226, Form::kInt,   1,  0,  0, k14,  19, Group::kHoles, Many<&Values::detectorOffset, 1>},
+    {.at = {1, 20}, .form = kByte, .values = {kTurret}, .step = 18, .group = kWave, .settle = SettleTurret},
+    {.at = {1, 21}, .form = kByte, .values = {kNumberOfGratings}, .since = k11, .step = 18, .group = kTurret1,
+     .settle = SettleGratings<0>},
+    {.at = {1, 22}, .form = kFloat, .values = OfTurret(0, kGratingLines), .since = k11, .step = 18, .group = kTurret1},
+    {.at = {1, 34}, .form = kBlaze, .values = OfTurret(0, kGratingBlaze), .thirdAt = 230, .since = k11,
+     .step = 18, .group = kTurret1},
+    {.at = {1, 46}, .form = kInt, .values = OfTurret(0, kGratingOffset), .since = k11, .step = 18, .group = kTurret1},
+    {.at = {1, 58}, .form = kInt, .values = OfTurret(0, kGratingStart), .since = k11, .step = 18, .group = kTurret1},
+    {.at = {1, 70}, .form = kInt, .values = {kDetectorOffset}, .step = 18, .group = kWave},
+    {.at = {1, 74}, .form = kFloat, .values = {kPolynomial, 0, 5}, .step = 18, .group = kWave},
+    {.at = {1, 94}, .form = kFloat, .values = {kLinear, 0, 2}, .step = 18, .group = kWave},
+    {.at = {1, 102}, .form = kFloat, .values = {kQuadratic, 0, 9}, .step = 18, .group = kWave},
+    {.at = {1, 138}, .form = kFloat, .values = {kSinPhase}, .since = k11, .step = 18, .group = kWave},
+    {.at = {1, 142}, .form = kFloat, .values = {kSinFrequency}, .since = k11, .step = 18, .group = kWave},
+    {.at = {1, 146}, .form = kFloat, .values = {kSinAmplitude}, .since = k11, .step = 18, .group = kWave},
+    {.at = {1, 150}, .form = kInt, .values = HoleOf(0), .since = k11, .step = 19, .group = kHoles},
+    {.at = {1, 186}, .form = kInt, .values = HoleOf(1), .since = k11, .step = 19, .group = kHoles},
+    {.at = {1, 222}, .form = kByte, .values = {kNumberOfTurrets}, .since = k11, .step = 19, .group = kTurretCount},
+    {.at = {1, 226}, .form = kInt, .values = {kDetectorOffset, 1}, .since = k14, .step = 19, .group = kHoles},
 
-    {2,  20, Form::kInt,   4,  0,  0, kAll, 20, Group::kSlits, SlitPoint<0>, settle::Slit<0>},
-    {2,  84, Form::kInt,   4,  0,  0, k12,  20, Group::kSlits, SlitPoint<1>, settle::Slit<1>},
-    {2, 128, Form::kByte,  1,  0,  0, k11,  20, Group::kTurret2, GratingCount<1>, settle::Gratings<1>},
-    {2, 129, Form::kFloat, 3,  0,  0, k11,  20, Group::kTurret2, OfGrating<1, &Grating::lines>},
-    {2, 141, Form::kBlaze, 3, 235, 0, k11,  20, Group::kTurret2, OfGrating<1, &Grating::blaze>},
-    {2, 153, Form::kInt,   3,  0,  0, k11,  20, Group::kTurret2, OfGrating<1, &Grating::offset>},
-    {2, 165, Form::kInt,   3,  0,  0, k11,  20, Group::kTurret2, OfGrating<1, &Grating::start>},
-    {2, 177, Form::kByte,  1,  0,  0, k11,  20, Group::kTurret3, GratingCount<2>, settle::Gratings<2>},
-    {2, 178, Form::kFloat, 3,  0,  0, k11,  20, Group::kTurret3, OfGrating<2, &Grating::lines>},
-    {2, 190, Form::kBlaze, 3, 240, 0, k11,  20, Group::kTurret3, OfGrating<2, &Grating::blaze>},
-    {2, 202, Form::kInt,   3,  0,  0, k11,  20, Group::kTurret3, OfGrating<2, &Grating::offset>},
-    {2, 214, Form::kInt,   3,  0,  0, k11,  20, Group::kTurret3, OfGrating<2, &Grating::start>},
+    {.at = {2, 20}, .form = kInt, .values = SlitPointsOf(0), .step = 20, .group = kSlits, .settle = SettleSlit<0>},
+    {.at = {2, 84}, .form = kInt, .values = SlitPointsOf(1), .since = k12, .step = 20, .group = kSlits,
+     .settle = SettleSlit<1>},
+    {.at = {2, 128}, .form = kByte, .values = {kNumberOfGratings, 1}, .since = k11, .step = 20, .group = kTurret2,
+     .settle = SettleGratings<1>},
+    {.at = {2, 129}, .form = kFloat, .values = OfTurret(1, kGratingLines), .since = k11, .step = 20, .group = kTurret2},
+    {.at = {2, 141}, .form = kBlaze, .values = OfTurret(1, kGratingBlaze), .thirdAt = 235, .since = k11,
+     .step = 20, .group = kTurret2},
+    {.at = {2, 153}, .form = kInt, .values = OfTurret(1, kGratingOffset), .since = k11, .step = 20, .group = kTurret2},
+    {.at = {2, 165}, .form = kInt, .values = OfTurret(1, kGratingStart), .since = k11, .step = 20, .group = kTurret2},
+    {.at = {2, 177}, .form = kByte, .values = {kNumberOfGratings, 2}, .since = k11, .step = 20, .group = kTurret3,
+     .settle = SettleGratings<2>},
+    {.at = {2, 178}, .form = kFloat, .values = OfTurret(2, kGratingLines), .since = k11, .step = 20, .group = kTurret3},
+    {.at = {2, 190}, .form = kBlaze, .values = OfTurret(2, kGratingBlaze), .thirdAt = 240, .since = k11,
+     .step = 20, .group = kTurret3},
+    {.at = {2, 202}, .form = kInt, .values = OfTurret(2, kGratingOffset), .since = k11, .step = 20, .group = kTurret3},
+    {.at = {2, 214}, .form = kInt, .values = OfTurret(2, kGratingStart), .since = k11, .step = 20, .group = kTurret3},
 
-    {3,  20, Form::kByte,  1,  0,  0, kAll, 21, Group::kFilter, One<&Values::numberOfFilters>},
-    {3,  21, Form::kText,  kPerFilter, 10, 10, kAll, 21, Group::kFilter, Many<&Values::filterLabels>, CutLabels},
-    {3,  81, Form::kByte,  kPerFilter,  0,  0, k13,  21, Group::kFilter, Many<&Values::filterSensorBits>},
-    {3,  90, Form::kInt,   1,  0,  0, k13,  21, Group::kFilter, One<&Values::filterResetOffset>},
-    {3,  94, Form::kInt,   kPerFilter,  0,  0, k13,  21, Group::kFilter, Many<&Values::filterDelta>},
+    {.at = {3, 20}, .form = kByte, .values = {kNumberOfFilters}, .step = 21, .group = kFilter},
+    {.at = {3, 21}, .form = kText, .values = OfFilters(kFilterLabel), .length = 10, .room = 10,
+     .step = 21, .group = kFilter, .settle = CutLabels},
+    {.at = {3, 81}, .form = kByte, .values = OfFilters(kFilterSensorBits), .since = k13, .step = 21, .group = kFilter},
+    {.at = {3, 90}, .form = kInt, .values = {kFilterResetOffset}, .since = k13, .step = 21, .group = kFilter},
+    {.at = {3, 94}, .form = kInt, .values = OfFilters(kFilterDelta), .since = k13, .step = 21, .group = kFilter},
 
-    {4, 128, Form::kByte,  1,  0,  0, k11,  22, Group::kShutter, One<&Values::shutterMode>},
-    {4, 129, Form::kByte,  1,  0,  0, k11,  22, Group::kShutter, One<&Values::shutterType>},
-    {4, 130, Form::kFloat, 1,  0,  0, k11,  22, Group::kShutter, One<&Values::shutterOpenTime>},
-    {4, 134, Form::kFloat, 1,  0,  0, k11,  22, Group::kShutter, One<&Values::shutterCloseTime>},
-    {4, 138, Form::kFloat, 1,  0,  0, k11,  22, Group::kShutter, One<&Values::shutterFreqLimit>},
-    {4, 142, Form::kByte,  1,  0,  0, k11,  22, Group::kShutter, One<&Values::shutterCustomBgMode>, SettleBackgroundMode},
-    {4, 143, Form::kByte,  1,  0,  0, k11,  22, Group::kShutter, One<&Values::shutterCustomAqMode>, SettleAcquisitionMode},
+    {.at = {4, 128}, .form = kByte, .values = {kShutterMode}, .since = k11, .step = 22, .group = kShutter},
+    {.at = {4, 129}, .form = kByte, .values = {kShutterType}, .since = k11, .step = 22, .group = kShutter},
+    {.at = {4, 130}, .form = kFloat, .values = {kShutterOpenTime}, .since = k11, .step = 22, .group = kShutter},
+    {.at = {4, 134}, .form = kFloat, .values = {kShutterCloseTime}, .since = k11, .step = 22, .group = kShutter},
+    {.at = {4, 138}, .form = kFloat, .values = {kShutterFreqLimit}, .since = k11, .step = 22, .group = kShutter},
+    {.at = {4, 142}, .form = kByte, .values = {kShutterCustomBgMode}, .since = k11, .step = 22, .group = kShutter,
+     .settle = SettleBackgroundMode},
+    {.at = {4, 143}, .form = kByte, .values = {kShutterCustomAqMode}, .since = k11, .step = 22, .group = kShutter,
+     .settle = SettleAcquisitionMode},
 };
 
 /// The order of writing: turrets come last, though they lie on the first pages.
@@ -190,129 +204,131 @@ constexpr struct {
   int step;
   Group group;
 } kWriting[] = {
-    {11, Group::kAddress}, {12, Group::kGeneral},
-    {13, Group::kMotor1}, {14, Group::kMotor2}, {15, Group::kMotor3}, {16, Group::kMotor4}, {17, Group::kMotor5},
-    {18, Group::kWave}, {19, Group::kHoles}, {20, Group::kSlits}, {kFilterPageStep, Group::kFilter},
-    {22, Group::kShutter},
-    {23, Group::kTurretCount}, {23, Group::kTurret1}, {24, Group::kTurret2}, {kLastPageStep, Group::kTurret3},
+    {11, kAddress}, {12, kGeneral},
+    {13, kMotor1}, {14, kMotor2}, {15, kMotor3}, {16, kMotor4}, {17, kMotor5},
+    {18, kWave}, {19, kHoles}, {20, kSlits}, {kFilterPageStep, kFilter},
+    {22, kShutter},
+    {23, kTurretCount}, {23, kTurret1}, {24, kTurret2}, {kLastPageStep, kTurret3},
 };
 // clang-format on
 
-struct Spot {
+struct Register {
   std::uint8_t device;
   std::uint8_t reg;
 };
 
 int BlazeDigits(const Values& values) {
-  return values.structureMajor < kFiveDigitBlazes ? 4 : 5;
+  return values.structureMajor < kFiveDigitBlazes ? kFourDigits : kFiveDigits;
 }
 
-std::size_t Elements(const Row& row, const Values& values) {
-  return row.elements == kPerFilter ? values.FilterCount() : row.elements;
+std::size_t CountOf(const StoredField& stored, const Values& values) {
+  return stored.values.count == kEveryFilter ? values.FilterCount() : stored.values.count;
 }
 
-int Width(const Row& row, const Values& values) {
-  switch (row.form) {
+int WidthOf(const StoredField& stored, const Values& values) {
+  switch (stored.form) {
     case Form::kByte:
       return 1;
     case Form::kText:
-      return row.size;
+      return stored.length;
     case Form::kBlaze:
       return BlazeDigits(values);
     default:
-      return 4;
+      return kNumberWidth;
   }
 }
 
-Spot SpotOf(const Row& row, std::size_t element, const Values& values) {
-  const bool movedBlaze = row.form == Form::kBlaze && element == 2 && values.structureMajor >= kFiveDigitBlazes;
-  const int offset = movedBlaze ? row.size : row.offset + static_cast<int>(element) * Width(row, values);
-  return {static_cast<std::uint8_t>(LegacyBus::kEepromBase + row.page), static_cast<std::uint8_t>(offset)};
+Register RegisterOf(const StoredField& stored, std::size_t index, const Values& values) {
+  const bool isMovedBlaze =
+      stored.form == Form::kBlaze && index == kThirdGrating && values.structureMajor >= kFiveDigitBlazes;
+  const int offset =
+      isMovedBlaze ? stored.thirdAt : stored.at.offset + static_cast<int>(index) * WidthOf(stored, values);
+  return {static_cast<std::uint8_t>(LegacyBus::kEepromBase + stored.at.page), static_cast<std::uint8_t>(offset)};
 }
 
-int ReadText(LegacyBus& bus, const Row& row, Spot spot, const Values& values, std::string& out) {
+int ReadText(LegacyBus& bus, const StoredField& stored, Register from, const Values& values, std::string& out) {
   std::array<char, LegacyBus::kBlazeSlot> text{};
-  const int width = Width(row, values);
-  const int result = row.form == Form::kBlaze ? bus.ReadBlaze(text.data(), width, spot.device, spot.reg)
-                                              : bus.ReadString(text.data(), width, spot.device, spot.reg);
+  const int width = WidthOf(stored, values);
+  const int result = stored.form == Form::kBlaze ? bus.ReadBlaze(text.data(), width, from.device, from.reg)
+                                                 : bus.ReadString(text.data(), width, from.device, from.reg);
   if (result == kSuccess) {
     out = text.data();
   }
   return result;
 }
 
-int ReadElement(LegacyBus& bus, const Row& row, std::size_t element, Values& values) {
-  const Spot spot = SpotOf(row, element, values);
-  const auto read = [&](auto* place) {
-    using Value = std::remove_pointer_t<decltype(place)>;
+int ReadElement(LegacyBus& bus, const StoredField& stored, std::size_t index, Values& values) {
+  const Register from = RegisterOf(stored, index, values);
+  const auto read = [&](auto* value) {
+    using Value = std::remove_pointer_t<decltype(value)>;
     if constexpr (std::is_same_v<Value, std::string>) {
-      return ReadText(bus, row, spot, values, *place);
+      return ReadText(bus, stored, from, values, *value);
     } else if constexpr (std::is_same_v<Value, float>) {
-      return bus.ReadFloat(place, spot.device, spot.reg);
+      return bus.ReadFloat(value, from.device, from.reg);
     } else {
       std::int32_t number = 0;
       std::uint8_t byte = 0;
-      const bool wide = row.form == Form::kInt;
+      const bool wide = stored.form == Form::kInt;
       const int result =
-          wide ? bus.ReadInt(&number, spot.device, spot.reg) : bus.ReadByte(&byte, spot.device, spot.reg);
+          wide ? bus.ReadInt(&number, from.device, from.reg) : bus.ReadByte(&byte, from.device, from.reg);
       if (result == kSuccess) {
-        *place = static_cast<Value>(wide ? number : byte);
+        *value = static_cast<Value>(wide ? number : byte);
       }
       return result;
     }
   };
-  return std::visit(read, row.place(values, element));
+  return std::visit(read, ValueOf(values, stored.values[index]));
 }
 
-int WriteText(LegacyBus& bus, const Row& row, Spot spot, const Values& values, const std::string& text) {
+int WriteText(LegacyBus& bus, const StoredField& stored, Register to, const Values& values, const std::string& text) {
   // With its terminator; a text that fills its field goes without, as it would reach into the next.
   const int withTerminator = static_cast<int>(std::min(text.size(), Values::kMaxText)) + 1;
-  const int count = row.form == Form::kBlaze ? Width(row, values) : std::min(withTerminator, row.room);
-  return bus.WriteString(text.c_str(), count, spot.device, spot.reg);
+  const int count = stored.form == Form::kBlaze ? WidthOf(stored, values) : std::min(withTerminator, stored.room);
+  return bus.WriteString(text.c_str(), count, to.device, to.reg);
 }
 
-int PutElement(LegacyBus& bus, const Row& row, std::size_t element, Values& values) {
-  const Spot spot = SpotOf(row, element, values);
-  const auto write = [&](auto* place) {
-    using Value = std::remove_pointer_t<decltype(place)>;
+/// Writes it whatever the structure version.
+int PutElement(LegacyBus& bus, const StoredField& stored, std::size_t index, Values& values) {
+  const Register to = RegisterOf(stored, index, values);
+  const auto write = [&](auto* value) {
+    using Value = std::remove_pointer_t<decltype(value)>;
     if constexpr (std::is_same_v<Value, std::string>) {
-      return WriteText(bus, row, spot, values, *place);
+      return WriteText(bus, stored, to, values, *value);
     } else if constexpr (std::is_same_v<Value, float>) {
-      return bus.WriteFloat(*place, spot.device, spot.reg);
+      return bus.WriteFloat(*value, to.device, to.reg);
     } else {
-      return row.form == Form::kInt ? bus.WriteInt(*place, spot.device, spot.reg)
-                                    : bus.WriteByte(static_cast<std::uint8_t>(*place), spot.device, spot.reg);
+      return stored.form == Form::kInt ? bus.WriteInt(*value, to.device, to.reg)
+                                       : bus.WriteByte(static_cast<std::uint8_t>(*value), to.device, to.reg);
     }
   };
-  return std::visit(write, row.place(values, element));
+  return std::visit(write, ValueOf(values, stored.values[index]));
 }
 
-/// Whether the layout of the values' structure version has the row; an older one has other bytes in its place.
-bool IsInLayout(const Row& row, const Values& values) {
-  return StructureVersion{values.structureMajor, values.structureMinor}.IsAtLeast(row.since);
+/// Whether the layout of the values' structure version has the field; an older one has other bytes in its place.
+bool IsInLayout(const StoredField& stored, const Values& values) {
+  return StructureVersion{values.structureMajor, values.structureMinor}.IsAtLeast(stored.since);
 }
 
-int WriteElement(LegacyBus& bus, const Row& row, std::size_t element, Values& values) {
-  return IsInLayout(row, values) ? PutElement(bus, row, element, values) : kSuccess;
+int WriteElement(LegacyBus& bus, const StoredField& stored, std::size_t index, Values& values) {
+  return IsInLayout(stored, values) ? PutElement(bus, stored, index, values) : kSuccess;
 }
 
-int ReadRow(LegacyBus& bus, const Row& row, Values& values) {
-  for (std::size_t element = 0; element < Elements(row, values); ++element) {
-    if (ReadElement(bus, row, element, values) != kSuccess) {
+int ReadField(LegacyBus& bus, const StoredField& stored, Values& values) {
+  for (std::size_t index = 0; index < CountOf(stored, values); ++index) {
+    if (ReadElement(bus, stored, index, values) != kSuccess) {
       return kFailure;
     }
   }
-  return row.settle != nullptr ? row.settle(values) : kSuccess;
+  return stored.settle != nullptr ? stored.settle(values) : kSuccess;
 }
 
-/// Reads or writes the element that is this value.
-int MoveValue(int (*move)(LegacyBus& bus, const Row& row, std::size_t element, Values& values), LegacyBus& bus,
-              Values& values, CorvDataPlace value) {
-  for (const Row& row : kRows) {
-    for (std::size_t element = 0; element < Elements(row, values); ++element) {
-      if (row.place(values, element) == value) {
-        return move(bus, row, element, values);
-      }
+/// Reads or writes one value, where the EEPROM holds it.
+int MoveValue(int (*move)(LegacyBus& bus, const StoredField& stored, std::size_t index, Values& values), LegacyBus& bus,
+              Values& values, CorvValueId id) {
+  for (const StoredField& stored : kStoredFields) {
+    const std::size_t first = stored.values.first;
+    if (stored.values.field == id.field && id.element >= first && id.element - first < CountOf(stored, values)) {
+      return move(bus, stored, id.element - first, values);
     }
   }
   return kFailure;
@@ -321,11 +337,11 @@ int MoveValue(int (*move)(LegacyBus& bus, const Row& row, std::size_t element, V
 }  // namespace
 
 int ReadPageStep(LegacyBus& bus, int step, CorvDataValues& values) {
-  for (const Row& row : kRows) {
-    if (row.readStep != step || !IsInLayout(row, values)) {
+  for (const StoredField& stored : kStoredFields) {
+    if (stored.step != step || !IsInLayout(stored, values)) {
       continue;
     }
-    if (const int result = ReadRow(bus, row, values); result != kSuccess) {
+    if (const int result = ReadField(bus, stored, values); result != kSuccess) {
       return result;
     }
   }
@@ -334,12 +350,12 @@ int ReadPageStep(LegacyBus& bus, int step, CorvDataValues& values) {
 
 int WritePageStep(LegacyBus& bus, int step, CorvDataValues& values) {
   for (const auto& part : kWriting) {
-    for (const Row& row : kRows) {
-      if (part.step != step || row.group != part.group) {
+    for (const StoredField& stored : kStoredFields) {
+      if (part.step != step || stored.group != part.group) {
         continue;
       }
-      for (std::size_t element = 0; element < Elements(row, values); ++element) {
-        if (PutElement(bus, row, element, values) != kSuccess) {
+      for (std::size_t index = 0; index < CountOf(stored, values); ++index) {
+        if (PutElement(bus, stored, index, values) != kSuccess) {
           return kFailure;
         }
       }
@@ -348,12 +364,12 @@ int WritePageStep(LegacyBus& bus, int step, CorvDataValues& values) {
   return kSuccess;
 }
 
-int ReadPageValue(LegacyBus& bus, CorvDataValues& values, CorvDataPlace value) {
-  return MoveValue(ReadElement, bus, values, value);
+int ReadPageValue(LegacyBus& bus, CorvDataValues& values, CorvValueId id) {
+  return MoveValue(ReadElement, bus, values, id);
 }
 
-int WritePageValue(LegacyBus& bus, CorvDataValues& values, CorvDataPlace value) {
-  return MoveValue(WriteElement, bus, values, value);
+int WritePageValue(LegacyBus& bus, CorvDataValues& values, CorvValueId id) {
+  return MoveValue(WriteElement, bus, values, id);
 }
 
 }  // namespace corvane

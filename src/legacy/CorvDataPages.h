@@ -3,7 +3,7 @@
 // single value that the structure version at hand does not have succeeds and writes nothing.
 #pragma once
 
-#include "legacy/CorvDataPlace.h"
+#include "legacy/CorvDataField.h"
 #include "legacy/CorvDataValues.h"
 #include "legacy/LegacyBus.h"
 
@@ -17,7 +17,8 @@ inline constexpr int kLastPageStep = 25;
 /// rest of page 0, the profiles of all motors before the rest of pages 1 to 4, and otherwise fields in the order in
 /// which they lie there, but a turret's third blaze with its others. Leaves out what the structure version in `values`
 /// lacks. A version text of another form leaves the version as it is. kFailure when a transfer fails or the EEPROM
-/// holds no record; kNewerStructure.
+/// holds no record; kBeyondLimits for a
+/// structure that is newer than 3.0.
 int ReadPageStep(LegacyBus& bus, int step, CorvDataValues& values);
 
 /// One step of writing with read-back; steps 11 to 25. Writes every field, whatever the structure version; only the
@@ -25,7 +26,7 @@ int ReadPageStep(LegacyBus& bus, int step, CorvDataValues& values);
 int WritePageStep(LegacyBus& bus, int step, CorvDataValues& values);
 
 /// Reads one of `values`, or writes it with read-back; kFailure also for one that the EEPROM does not hold.
-int ReadPageValue(LegacyBus& bus, CorvDataValues& values, CorvDataPlace value);
-int WritePageValue(LegacyBus& bus, CorvDataValues& values, CorvDataPlace value);
+int ReadPageValue(LegacyBus& bus, CorvDataValues& values, CorvValueId id);
+int WritePageValue(LegacyBus& bus, CorvDataValues& values, CorvValueId id);
 
 }  // namespace corvane

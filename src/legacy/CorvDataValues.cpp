@@ -53,12 +53,8 @@ std::size_t CorvDataValues::FilterCount() const {
   return static_cast<std::size_t>(std::clamp<std::int32_t>(numberOfFilters, 0, kFilters));
 }
 
-CorvDataValues::Turret& CorvDataValues::ActiveTurret() {
-  return turrets[OneToThree(turret) ? static_cast<std::size_t>(turret - 1) : 0];
-}
-
-const CorvDataValues::Turret& CorvDataValues::ActiveTurret() const {
-  return turrets[OneToThree(turret) ? static_cast<std::size_t>(turret - 1) : 0];
+std::size_t CorvDataValues::ActiveTurretIndex() const {
+  return OneToThree(turret) ? static_cast<std::size_t>(turret - 1) : 0;
 }
 
 void ClampTurret(CorvDataValues& values) {

@@ -27,6 +27,8 @@ struct CorvDataValues {
   static constexpr std::size_t kPolynomial = 5;
   /// The only communication address there is.
   static constexpr std::uint8_t kCommAdd = 16;
+  /// Lines per mm of a grating of which nothing is known.
+  static constexpr float kFreshLines = 300.0F;
   /// Longest text of the record and of a filter label.
   static constexpr std::size_t kMaxText = 239;
   static constexpr std::size_t kMaxLabel = 9;
@@ -57,7 +59,7 @@ struct CorvDataValues {
     float c0 = 0.0F;
   };
   struct Grating {
-    float lines = 300.0F;  // per mm
+    float lines = kFreshLines;  // per mm
     std::string blaze = "600";
     std::int32_t offset = 0;  // steps
     std::int32_t start = 0;   // steps
@@ -90,7 +92,7 @@ struct CorvDataValues {
   float focalTilt = 6.7F;           // degrees
   std::int32_t currentFilter = 1;   // 1 to 6, but whatever was stored
   std::int32_t currentMirror = 0;   // 0 or 1, but whatever was stored
-  float currentWave = 703.241F;     // lines * nm / 1200
+  float currentWave = 703.241F;     // lines * nm / kReferenceLines
   /// CURRSLIT and CURRSLIT2, um.
   std::array<float, kSlits> currentSlit{25.0F, 25.0F};
   std::int32_t turret = 1;  // 1 to 3
@@ -130,9 +132,9 @@ struct CorvDataValues {
 
   /// 0 to 6.
   std::size_t FilterCount() const;
-  /// The turret in use.
-  Turret& ActiveTurret();
-  const Turret& ActiveTurret() const;
+  /// The turret in use, and its index.
+  std::size_t ActiveTurretIndex() const;
+  const Turret& ActiveTurret() const { return turrets[ActiveTurretIndex()]; }
 };
 
 /// A turret in use other than 1 to 3 becomes 1; a number of gratings other than 1 to 3 becomes 3.

@@ -6,6 +6,9 @@
 
 namespace {
 
+using corvane::LegacyBus;
+using corvane::legacy::kBusSuccess;
+
 constexpr std::uint8_t kStatusDevice = LegacyBus::kStatusDevice;
 constexpr float kSettlingMilliseconds = 10.0F;
 /// Moves of the wave drive by more than one and less than three of these are split.
@@ -42,14 +45,14 @@ int Corvane::FromZeroBased(int index) {
 
 bool Corvane::ReadSelector(std::uint8_t selector, std::uint8_t& status) {
   // Without the selection an older status device answers for the register asked for last.
-  const bool selected = mData.GetFPGAVersion() >= LegacyBus::kRegisterFpgaVersion ||
-                        mData.I2CBurstWrite(kStatusDevice, 1, &selector) == LegacyBus::kBusSuccess;
+  const bool selected = Bus().GetFPGAVersion() >= LegacyBus::kRegisterFpgaVersion ||
+                        Bus().I2CBurstWrite(kStatusDevice, 1, &selector) == kBusSuccess;
   status = 0;
   // The first read latches the inputs, the second gives them.
-  mData.I2CRead(kStatusDevice, selector, &status);
-  const unsigned int result = mData.I2CRead(kStatusDevice, selector, &status);
-  mData.Delay(kSettlingMilliseconds);
-  return selected && result == LegacyBus::kBusSuccess;
+  Bus().I2CRead(kStatusDevice, selector, &status);
+  const unsigned int result = Bus().I2CRead(kStatusDevice, selector, &status);
+  Bus().Delay(kSettlingMilliseconds);
+  return selected && result == kBusSuccess;
 }
 
 bool Corvane::DeviceExists(int part) {
@@ -82,10 +85,10 @@ unsigned int Corvane::SendData(int line) {
   const int number = rule.switched ? mLines[static_cast<std::size_t>(line)] - rule.number : rule.number;
   const std::array<std::uint8_t, 2> data{0, static_cast<std::uint8_t>(number)};
   const auto device = static_cast<std::uint8_t>(mMotorController + 1);
-  const unsigned int result = mData.GetFPGAVersion() < LegacyBus::kRegisterFpgaVersion
-                                  ? mData.I2CBurstWrite(device, static_cast<int>(data.size()), data.data())
-                                  : mData.I2CWrite(device, data[0], data[1]);
-  return result == LegacyBus::kBusSuccess ? kSuccess : kFailure;
+  const unsigned int result = Bus().GetFPGAVersion() < LegacyBus::kRegisterFpgaVersion
+                                  ? Bus().I2CBurstWrite(device, static_cast<int>(data.size()), data.data())
+                                  : Bus().I2CWrite(device, data[0], data[1]);
+  return result == kBusSuccess ? kSuccess : kFailure;
 }
 
 unsigned int Corvane::ResetOutputs() {
@@ -126,7 +129,7 @@ unsigned int Corvane::StartMove(int motor, int steps, corvane::MoveMode mode, co
   move.mode = mode;
   move.steps = steps;
   move.ramp = ramp;
-  return mData.RampedMove(mMotorController, move) == legacy::kSuccess ? kSuccess : kFailure;
+  return Bus().StartRampedMove(mMotorController, move) == corvane::legacy::kSuccess ? kSuccess : kFailure;
 }
 
 bool Corvane::Travel(int motor, bool forward, std::int64_t steps, unsigned int& result) {
@@ -134,5 +137,5 @@ bool Corvane::Travel(int motor, bool forward, std::int64_t steps, unsigned int& 
   if (steps > std::numeric_limits<int>::max() || Pulse(motor, static_cast<int>(steps), 0) != kSuccess) {
     result = kFailure;
   }
-  return mData.WaitForStandstill(motor) == legacy::kSuccess;
+  return Bus().WaitForStandstill(motor) == corvane::legacy::kSuccess;
 }

@@ -1,6 +1,6 @@
 // The driver of one older instrument on a camera's I2C bus: its motors, presence bits and output lines. It owns the
-// instrument's record (EECorvData), through which every transfer and every conversion into motor steps passes. The
-// components of older instruments call it; it knows none of them.
+// instrument's record (EECorvData), which converts into motor steps and whose bus every transfer takes. The components
+// of older instruments call it; it knows none of them.
 //
 // The sequences of homing, slits, filter wheel and flipper mirror, the use of the output lines and the format of a
 // motor move (RampedMoveFormat.h) are this library's own definition. Each stands in one file, so that it can be
@@ -28,13 +28,13 @@
 class Corvane {
  public:
   enum TResult : unsigned int {
-    kSuccess = legacy::kSuccess,
+    kSuccess = corvane::legacy::kSuccess,
     /// A transfer, a lookup or a part of the operation failed, or a target lies outside the step range.
-    kFailure = legacy::kFailure,
-    /// The wavelength lies outside the limits of the grating.
-    kOutsideLimits = legacy::kOutsideLimits,
+    kFailure = corvane::legacy::kFailure,
+    /// The wavelength lies outside the limits of the grating; of ReadSpectCfg: the record's structure is newer.
+    kBeyondLimits = corvane::legacy::kBeyondLimits,
     /// The record holds no instrument data. Nothing moves on invented data.
-    kNoData = legacy::kNoData,
+    kNoData = corvane::legacy::kNoData,
   };
 
   enum TPart : int {
@@ -88,7 +88,7 @@ class Corvane {
   unsigned int Execute(int task);
   /// Reads the record. Without a path from the EEPROM, or where that fails (but not where its structure is newer) from
   /// the data file "spectrograph.ini" if it exists; with a path from that file. A record that could not be read whole
-  /// counts as none. kOutsideLimits for a newer structure.
+  /// counts as none. kBeyondLimits for a newer structure.
   unsigned int ReadSpectCfg(const char* path);
   /// The serial number straight from the EEPROM; "" when it cannot be read.
   std::string QuickReadSerialNumber();
@@ -167,7 +167,7 @@ class Corvane {
   unsigned int ResetFilter();
   /// Copies the label into text, which holds maxLength bytes with the terminator.
   unsigned int GetFilterInfo(int filter, char* text, int maxLength);
-  /// Keeps at most 9 characters.
+  /// Keeps at most CorvDataValues::kMaxLabel characters.
   unsigned int SetFilterInfo(int filter, const char* text);
 
   // --- CorvaneFlipper.cpp: the mirror is set while the light goes to port 0 ---
@@ -203,14 +203,32 @@ class Corvane {
   };
 
   static bool IsGrating(int grating);
+  static bool IsSlit(int slit);
+  static bool IsPort(int entrance, int exit);
+  bool IsFilter(int filter) const;
   bool HasData() const { return mData.values.loadedFromEeprom || mData.values.loadedFromFile; }
+  /// The frame of every operation that goes by the record: kNoData without instrument data, kFailure for arguments that
+  /// are not good, else what body(corvane::CorvDataValues&) answers. Both kinds of results are the same numbers.
+  template <typename Body>
+  unsigned int OnRecord(bool argumentsGood, Body body) {
+    if (!HasData()) {
+      return kNoData;
+    }
+    return argumentsGood ? static_cast<unsigned int>(body(mData.values)) : kFailure;
+  }
+  template <typename Body>
+  unsigned int OnRecord(Body body) {
+    return OnRecord(true, body);
+  }
   /// The record's entry for a grating from 1 to 3 of the turret in use.
   const corvane::CorvDataValues::Grating& Grating(int grating) const;
   /// Exit port 0 or 1.
   int PortInUse() const { return mData.values.currentMirror == 0 ? 0 : 1; }
 
+  corvane::LegacyBus& Bus() { return mData.Bus(); }
+
   /// Stores one of the record's values where it came from.
-  unsigned int Store(corvane::CorvDataPlace value);
+  unsigned int Store(corvane::CorvValueId id);
   unsigned int StoreWave(float wave);
 
   unsigned int ReadDataFile(const char* path);
@@ -234,15 +252,22 @@ class Corvane {
   bool MoveWaveDrive(std::int64_t target, unsigned int& result);
   /// Turns it by a number of steps, ending forward. As Travel.
   bool TurnWaveDrive(std::int64_t distance, unsigned int& result);
+  /// Moves the drive to a grating's zero order, and makes the grating the one in use.
+  unsigned int MoveToZeroOrder(int grating);
   unsigned int FindHole(const corvane::CorvDataValues::Hole& hole);
-  /// Gives an offset its new value, takes the drive along if it is in use, and stores it.
-  unsigned int ModifyOffset(std::int32_t& held, int offset, bool inUse);
+  /// Gives an offset of the record its new value, takes the drive along if it is in use, and stores it.
+  unsigned int ModifyOffset(corvane::CorvValueId which, int offset, bool inUse);
+
+  /// Holds and stores the width at which a slit stands.
+  unsigned int KeepSlit(int slit, float width);
 
   /// Whether the sensor shows filter 1; false when it cannot be read.
   bool AtFilterOne(bool& at);
   /// Moves the wheel by strides until the sensor shows filter 1, or no longer does; the moves made. Nothing when the
   /// sensor has not changed after `limit` of them, or when one failed.
   std::optional<int> SearchFilterOne(bool forward, bool wanted, std::int64_t stride, int limit);
+  /// Finds filter 1 by the sensor and turns it into the beam.
+  bool TurnToFilterOne();
   unsigned int SendMirror(int port);
 
   EECorvData mData;

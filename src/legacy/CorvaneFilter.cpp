@@ -10,6 +10,7 @@
 #include "legacy/Corvane.h"
 
 using corvane::CorvDataValues;
+using corvane::CorvField;
 
 namespace {
 
@@ -26,6 +27,10 @@ constexpr int kEdgeMoves = 2 * kFineMoves;
 
 }  // namespace
 
+bool Corvane::IsFilter(int filter) const {
+  return filter >= 1 && filter <= static_cast<int>(mData.values.FilterCount());
+}
+
 unsigned int Corvane::SetFilter(int filter) {
   int now = 0;
   const unsigned int known = GetFilter(&now);
@@ -34,7 +39,7 @@ unsigned int Corvane::SetFilter(int filter) {
   }
   CorvDataValues& values = mData.values;
   const std::int64_t turn = values.motors[kMotor].maxSteps;
-  if (filter < 1 || filter > static_cast<int>(values.FilterCount()) || turn < 1) {
+  if (!IsFilter(filter) || turn < 1) {
     return kFailure;
   }
   const auto delta = [&](int number) -> std::int64_t {
@@ -47,19 +52,15 @@ unsigned int Corvane::SetFilter(int filter) {
     return kFailure;
   }
   values.currentFilter = filter;
-  return Store(&values.currentFilter);
+  return Store({CorvField::kCurrentFilter});
 }
 
 unsigned int Corvane::GetFilter(int* filter) {
-  if (!HasData()) {
-    return kNoData;
-  }
   const int held = mData.values.currentFilter;
-  if (held < 1 || held > static_cast<int>(CorvDataValues::kFilters)) {
-    return kFailure;
-  }
-  *filter = held;
-  return kSuccess;
+  return OnRecord(held >= 1 && held <= static_cast<int>(CorvDataValues::kFilters), [&](auto&) {
+    *filter = held;
+    return kSuccess;
+  });
 }
 
 bool Corvane::AtFilterOne(bool& at) {
@@ -88,53 +89,44 @@ std::optional<int> Corvane::SearchFilterOne(bool forward, bool wanted, std::int6
 }
 
 unsigned int Corvane::ResetFilter() {
-  if (!HasData()) {
-    return kNoData;
-  }
-  CorvDataValues& values = mData.values;
-  const std::int64_t sixth = values.motors[kMotor].maxSteps / kSixths;
+  return OnRecord([&](CorvDataValues& values) -> unsigned int {
+    values.currentFilter = kNoFilter;
+    if (!TurnToFilterOne()) {
+      return kFailure;
+    }
+    values.currentFilter = 1;
+    return Store({CorvField::kCurrentFilter});
+  });
+}
+
+bool Corvane::TurnToFilterOne() {
+  const std::int64_t sixth = mData.values.motors[kMotor].maxSteps / kSixths;
   const std::int64_t fine = sixth / kFineMoves;
-  values.currentFilter = kNoFilter;
   const bool found =
       SearchFilterOne(true, true, sixth, kSixths) || SearchFilterOne(true, true, fine, kSixths * kFineMoves);
   std::optional<int> across;
   if (found && SearchFilterOne(false, false, fine, kEdgeMoves) && SearchFilterOne(true, true, fine, kEdgeMoves)) {
     across = SearchFilterOne(true, false, fine, kEdgeMoves);
   }
-  if (!across) {
-    return kFailure;
-  }
   // Back beyond the middle, to arrive forward.
   unsigned int result = kSuccess;
-  if (!Travel(kMotor, false, sixth + *across * fine / 2, result) ||
-      !Travel(kMotor, true, sixth + values.filterResetOffset, result) || result != kSuccess) {
-    return kFailure;
-  }
-  values.currentFilter = 1;
-  return Store(&values.currentFilter);
+  return across && Travel(kMotor, false, sixth + *across * fine / 2, result) &&
+         Travel(kMotor, true, sixth + mData.values.filterResetOffset, result) && result == kSuccess;
 }
 
 unsigned int Corvane::GetFilterInfo(int filter, char* text, int maxLength) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  if (filter < 1 || filter > static_cast<int>(mData.values.FilterCount()) || text == nullptr || maxLength < 1) {
-    return kFailure;
-  }
-  const std::string& label = mData.values.filterLabels[static_cast<std::size_t>(filter - 1)];
-  const std::size_t length = label.copy(text, static_cast<std::size_t>(maxLength - 1));
-  text[length] = '\0';
-  return kSuccess;
+  return OnRecord(IsFilter(filter) && text != nullptr && maxLength >= 1, [&](const CorvDataValues& values) {
+    const std::string& label = values.filterLabels[static_cast<std::size_t>(filter - 1)];
+    const std::size_t length = label.copy(text, static_cast<std::size_t>(maxLength - 1));
+    text[length] = '\0';
+    return kSuccess;
+  });
 }
 
 unsigned int Corvane::SetFilterInfo(int filter, const char* text) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  if (filter < 1 || filter > static_cast<int>(mData.values.FilterCount()) || text == nullptr) {
-    return kFailure;
-  }
-  std::string& label = mData.values.filterLabels[static_cast<std::size_t>(filter - 1)];
-  label = std::string(text).substr(0, CorvDataValues::kMaxLabel);
-  return Store(&label);
+  return OnRecord(IsFilter(filter) && text != nullptr, [&](CorvDataValues& values) {
+    const auto index = static_cast<std::size_t>(filter - 1);
+    values.filterLabels[index] = std::string(text).substr(0, CorvDataValues::kMaxLabel);
+    return Store({CorvField::kFilterLabel, index});
+  });
 }

@@ -14,8 +14,9 @@ struct PortLimits {
   float high;
   bool limited;
 };
-// These instruments store no limits: the values are those of controller instruments.
-constexpr PortLimits kPortLimits[] = {{180.0F, 1000.0F, true}, {0.0F, 2000.0F, false}};
+// In nm. These instruments store no limits: the values are those of controller instruments.
+constexpr PortLimits kDirectPort{.low = 180.0F, .high = 1000.0F, .limited = true};
+constexpr PortLimits kSidePort{.low = 0.0F, .high = 2000.0F, .limited = false};
 
 }  // namespace
 
@@ -27,27 +28,26 @@ unsigned int Corvane::SendMirror(int port) {
     return kFailure;
   }
   values.currentMirror = port;
-  return Store(&values.currentMirror) == kSuccess ? result : kFailure;
+  return Store({corvane::CorvField::kCurrentMirror}) == kSuccess ? result : kFailure;
 }
 
 unsigned int Corvane::SetMirrorPosition(bool mirror) {
-  return HasData() ? SendMirror(mirror ? 0 : 1) : kNoData;
+  return OnRecord([&](auto&) { return SendMirror(mirror ? 0 : 1); });
 }
 
 unsigned int Corvane::GetMirrorPosition(bool& mirror) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  mirror = PortInUse() == 0;
-  return kSuccess;
+  return OnRecord([&](auto&) {
+    mirror = PortInUse() == 0;
+    return kSuccess;
+  });
 }
 
 unsigned int Corvane::ResetMirror() {
-  return HasData() ? SendMirror(0) : kNoData;
+  return OnRecord([&](auto&) { return SendMirror(0); });
 }
 
 unsigned int Corvane::GetPortCCDLimits(bool mirror, float& low, float& high, bool& limited) {
-  const PortLimits& limits = kPortLimits[mirror ? 0 : 1];
+  const PortLimits& limits = mirror ? kDirectPort : kSidePort;
   low = limits.low;
   high = limits.high;
   limited = limits.limited;

@@ -1,9 +1,11 @@
 // Corvane: gratings, turrets and the offsets in steps that belong to them.
 #include <algorithm>
+#include <variant>
 
 #include "legacy/Corvane.h"
 
 using corvane::CorvDataValues;
+using corvane::CorvField;
 
 bool Corvane::IsGrating(int grating) {
   return grating >= 1 && grating <= static_cast<int>(CorvDataValues::kGratings);
@@ -13,77 +15,67 @@ const CorvDataValues::Grating& Corvane::Grating(int grating) const {
   return mData.values.ActiveTurret().gratings[static_cast<std::size_t>(grating - 1)];
 }
 
+bool Corvane::IsPort(int entrance, int exit) {
+  return entrance == 0 && (exit == 0 || exit == 1);
+}
+
 unsigned int Corvane::GetGrating(int* grating) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  *grating = mGrating;
-  return kSuccess;
+  return OnRecord([&](auto&) {
+    *grating = mGrating;
+    return kSuccess;
+  });
 }
 
 unsigned int Corvane::GetNumberGratings(int* count) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  *count = mData.values.ActiveTurret().numberOfGratings;
-  return kSuccess;
+  return OnRecord([&](const CorvDataValues& values) {
+    *count = values.ActiveTurret().numberOfGratings;
+    return kSuccess;
+  });
 }
 
 unsigned int Corvane::GetGratingInfoEx(int grating, float* lines, const char** blaze, float* home, float* offset) {
-  if (!HasData()) {
-    return kNoData;
-  }
   const int number = FromZeroBased(grating);
-  if (!IsGrating(number)) {
-    return kFailure;
-  }
-  const CorvDataValues::Grating& info = Grating(number);
-  *lines = info.lines;
-  *blaze = info.blaze.c_str();
-  *home = static_cast<float>(info.start);
-  *offset = static_cast<float>(info.offset);
-  return kSuccess;
+  return OnRecord(IsGrating(number), [&](auto&) {
+    const CorvDataValues::Grating& info = Grating(number);
+    *lines = info.lines;
+    *blaze = info.blaze.c_str();
+    *home = static_cast<float>(info.start);
+    *offset = static_cast<float>(info.offset);
+    return kSuccess;
+  });
 }
 
 unsigned int Corvane::SetTurret(int turret) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  CorvDataValues& values = mData.values;
-  if (turret < 1 || turret > std::min(values.numberOfTurrets, static_cast<int>(CorvDataValues::kTurrets))) {
-    return kFailure;
-  }
-  values.turret = turret;
-  mGrating = 1;
-  return Store(&values.turret);
+  const int turrets = std::min(mData.values.numberOfTurrets, static_cast<int>(CorvDataValues::kTurrets));
+  return OnRecord(turret >= 1 && turret <= turrets, [&](CorvDataValues& values) {
+    values.turret = turret;
+    mGrating = 1;
+    return Store({CorvField::kTurret});
+  });
 }
 
 unsigned int Corvane::GetTurret(int& turret) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  turret = mData.values.turret;
-  return kSuccess;
+  return OnRecord([&](const CorvDataValues& values) {
+    turret = values.turret;
+    return kSuccess;
+  });
 }
 
-unsigned int Corvane::ModifyOffset(std::int32_t& held, int offset, bool inUse) {
+unsigned int Corvane::ModifyOffset(corvane::CorvValueId which, int offset, bool inUse) {
+  std::int32_t& held = *std::get<std::int32_t*>(corvane::ValueOf(mData.values, which));
   const std::int64_t shift = std::int64_t{offset} - held;
   held = offset;
   unsigned int result = kSuccess;
   if (inUse && shift != 0 && mWaveSteps != kNoStepPosition && !MoveWaveDrive(mWaveSteps + shift, result)) {
     result = kFailure;
   }
-  return Store(&held) == kSuccess ? result : kFailure;
+  return Store(which) == kSuccess ? result : kFailure;
 }
 
 unsigned int Corvane::ModifyDetectorOffset(int entrance, int exit, int offset) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  if (entrance != 0 || exit < 0 || exit > 1) {
-    return kFailure;
-  }
-  return ModifyOffset(mData.values.detectorOffset[static_cast<std::size_t>(exit)], offset, exit == PortInUse());
+  return OnRecord(IsPort(entrance, exit), [&](auto&) {
+    return ModifyOffset({CorvField::kDetectorOffset, static_cast<std::size_t>(exit)}, offset, exit == PortInUse());
+  });
 }
 
 unsigned int Corvane::ModifyDetectorOffset(int offset) {
@@ -91,26 +83,18 @@ unsigned int Corvane::ModifyDetectorOffset(int offset) {
 }
 
 unsigned int Corvane::GetDetectorOffset(int entrance, int exit, int* offset) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  if (entrance != 0 || exit < 0 || exit > 1) {
-    return kFailure;
-  }
-  *offset = mData.values.detectorOffset[static_cast<std::size_t>(exit)];
-  return kSuccess;
+  return OnRecord(IsPort(entrance, exit), [&](const CorvDataValues& values) {
+    *offset = values.detectorOffset[static_cast<std::size_t>(exit)];
+    return kSuccess;
+  });
 }
 
 unsigned int Corvane::ModifyGratingOffset(int grating, int offset) {
-  if (!HasData()) {
-    return kNoData;
-  }
   const int number = FromZeroBased(grating);
-  if (!IsGrating(number)) {
-    return kFailure;
-  }
-  CorvDataValues::Grating& changed = mData.values.ActiveTurret().gratings[static_cast<std::size_t>(number - 1)];
-  return ModifyOffset(changed.offset, offset, number == mGrating);
+  return OnRecord(IsGrating(number), [&](const CorvDataValues& values) {
+    const corvane::CorvElements offsets = corvane::OfTurret(values.ActiveTurretIndex(), CorvField::kGratingOffset);
+    return ModifyOffset(offsets[static_cast<std::size_t>(number - 1)], offset, number == mGrating);
+  });
 }
 
 unsigned int Corvane::HeldGratingOffset(int grating, int* offset) const {

@@ -6,20 +6,21 @@
 // lie a whole turn away, the second one is fine and close behind it. The drive stands at position 0 after the second.
 #include "legacy/Corvane.h"
 
+using corvane::CorvDataValues;
+
 unsigned int Corvane::ResetWavelength(bool full) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  // Until the reference is found nobody knows where the drive stands.
-  SaveCurrentWaveSteps(kNoStepPosition);
-  const auto& holes = mData.values.holes;
-  if ((full && FindHole(holes.front()) != kSuccess) || FindHole(holes.back()) != kSuccess) {
-    return kFailure;
-  }
-  return SaveCurrentWaveSteps(0);
+  return OnRecord([&](CorvDataValues& values) -> unsigned int {
+    // Until the reference is found nobody knows where the drive stands.
+    SaveCurrentWaveSteps(kNoStepPosition);
+    const auto& [coarse, fine] = values.holes;
+    if ((full && FindHole(coarse) != kSuccess) || FindHole(fine) != kSuccess) {
+      return kFailure;
+    }
+    return SaveCurrentWaveSteps(0);
+  });
 }
 
-unsigned int Corvane::FindHole(const corvane::CorvDataValues::Hole& hole) {
+unsigned int Corvane::FindHole(const CorvDataValues::Hole& hole) {
   using corvane::MoveMode;
   const struct {
     bool forward;
@@ -34,7 +35,7 @@ unsigned int Corvane::FindHole(const corvane::CorvDataValues::Hole& hole) {
   for (const auto& move : moves) {
     SetDirection(corvane::kWaveMotor, move.forward);
     if (move.steps < 1 || StartMove(corvane::kWaveMotor, move.steps, move.mode, move.ramp) != kSuccess ||
-        mData.WaitForStandstill(corvane::kWaveMotor) != legacy::kSuccess) {
+        Bus().WaitForStandstill(corvane::kWaveMotor) != corvane::legacy::kSuccess) {
       return kFailure;
     }
   }

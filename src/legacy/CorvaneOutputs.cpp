@@ -28,30 +28,20 @@ unsigned int Corvane::SwitchOutput(std::uint8_t bit, bool on) {
 }
 
 unsigned int Corvane::SetShutter(int mode) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  return mode == 0 || mode == 1 ? SwitchOutput(kShutterBit, mode == 1) : kFailure;
+  return OnRecord(mode == 0 || mode == 1, [&](auto&) { return SwitchOutput(kShutterBit, mode == 1); });
 }
 
 unsigned int Corvane::SetAccessoryState(int line, bool state) {
-  if (!HasData()) {
-    return kNoData;
-  }
   const std::uint8_t bit = AccessoryBit(line);
-  return bit != 0 ? SwitchOutput(bit, state) : kFailure;
+  return OnRecord(bit != 0, [&](auto&) { return SwitchOutput(bit, state); });
 }
 
 unsigned int Corvane::GetAccessoryState(int line, bool& state) {
-  if (!HasData()) {
-    return kNoData;
-  }
   const std::uint8_t bit = AccessoryBit(line);
-  if (bit == 0) {
-    return kFailure;
-  }
-  state = (mLines[kLine] & bit) != 0;
-  return kSuccess;
+  return OnRecord(bit != 0, [&](auto&) {
+    state = (mLines[kLine] & bit) != 0;
+    return kSuccess;
+  });
 }
 
 unsigned int Corvane::SetMirrorFocus(int /*steps*/) {

@@ -20,7 +20,7 @@ constexpr std::size_t kPathSize = 240;
 unsigned int Corvane::Execute(int task) {
   const int result = mData.Execute(task);
   if (task == kOutputTask) {
-    if (mData.GetTaskError() == legacy::kSuccess) {
+    if (mData.GetTaskError() == corvane::legacy::kSuccess) {
       mData.values.loadedFromEeprom = true;
     }
     mMotorController = mData.values.commAdd;
@@ -40,7 +40,7 @@ unsigned int Corvane::ReadSpectCfg(const char* path) {
     }
     // A failure to reset the outputs is reported, but the data are good.
     result = Execute(kOutputTask);
-    if (mData.GetTaskError() == legacy::kSuccess) {
+    if (mData.GetTaskError() == corvane::legacy::kSuccess) {
       return result;
     }
     // Half a record must not move motors.
@@ -73,33 +73,31 @@ unsigned int Corvane::ReadDataFile(const char* path) {
 
 std::string Corvane::QuickReadSerialNumber() {
   std::array<char, kSerialLength + 1> text{};
-  const int result = mData.ReadString(text.data(), kSerialLength, LegacyBus::kEepromBase, kSerialRegister);
-  return result == legacy::kSuccess ? text.data() : "";
+  const int result = Bus().ReadString(text.data(), kSerialLength, corvane::LegacyBus::kEepromBase, kSerialRegister);
+  return result == corvane::legacy::kSuccess ? text.data() : "";
 }
 
 unsigned int Corvane::GetOpticalParams(float* focalLength, float* angularDeviation, float* focalTilt) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  const corvane::CorvDataValues& values = mData.values;
-  if (values.loadedFromEeprom) {
-    return static_cast<unsigned int>(mData.ReadOpticalParamsFromEEPROM(focalLength, angularDeviation, focalTilt));
-  }
-  *focalLength = values.focalLength;
-  *angularDeviation = values.angularDeviation;
-  *focalTilt = values.focalTilt;
-  return kSuccess;
+  return OnRecord([&](const corvane::CorvDataValues& values) -> int {
+    if (values.loadedFromEeprom) {
+      return mData.ReadOpticalParamsFromEEPROM(focalLength, angularDeviation, focalTilt);
+    }
+    *focalLength = values.focalLength;
+    *angularDeviation = values.angularDeviation;
+    *focalTilt = values.focalTilt;
+    return corvane::legacy::kSuccess;
+  });
 }
 
-unsigned int Corvane::Store(corvane::CorvDataPlace value) {
-  return mData.StoreValue(value) == legacy::kSuccess ? kSuccess : kFailure;
+unsigned int Corvane::Store(corvane::CorvValueId id) {
+  return mData.StoreValue(id) == corvane::legacy::kSuccess ? kSuccess : kFailure;
 }
 
 unsigned int Corvane::StoreWave(float wave) {
   corvane::CorvDataValues& values = mData.values;
   values.currentWave = wave;
   if (values.loadedFromEeprom) {
-    return Store(&values.currentWave);
+    return Store({corvane::CorvField::kCurrentWave});
   }
   const TivanLocale locale;
   std::array<char, 32> text{};

@@ -21,10 +21,6 @@ constexpr float kNoWidth = std::numeric_limits<float>::quiet_NaN();
 
 constexpr corvane::CorvMotor kSlitMotors[] = {corvane::kSlitMotor, corvane::kSecondSlitMotor};
 
-bool IsSlit(int slit) {
-  return slit >= 0 && slit < static_cast<int>(CorvDataValues::kSlits);
-}
-
 /// The positions a slit's motor may be sent to; its stop may lie below the stored minimum.
 struct SlitRange {
   std::int64_t min;
@@ -39,69 +35,65 @@ SlitRange RangeOf(const CorvDataValues& values, int slit) {
 
 }  // namespace
 
+bool Corvane::IsSlit(int slit) {
+  return slit >= 0 && slit < static_cast<int>(CorvDataValues::kSlits);
+}
+
 unsigned int Corvane::SetSlit(int slit, float width) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  if (!IsSlit(slit)) {
-    return kFailure;
-  }
-  float& held = mData.values.currentSlit[static_cast<std::size_t>(slit)];
-  if (!mData.SlitConverts(slit, width) || !mData.SlitConverts(slit, held)) {
-    return kFailure;
-  }
-  const std::int64_t target = mData.ConvertSlitToSteps(slit, width);
-  const std::int64_t distance = target - mData.ConvertSlitToSteps(slit, held);
-  const SlitRange range = RangeOf(mData.values, slit);
-  if (target < range.min || target > range.max) {
-    return kFailure;
-  }
-  unsigned int result = kSuccess;
-  held = kNoWidth;
-  if (distance != 0 && (!Travel(kSlitMotors[slit], distance > 0, std::abs(distance), result) || result != kSuccess)) {
-    return kFailure;
-  }
-  held = width;
-  return Store(&held);
+  return OnRecord(IsSlit(slit), [&](CorvDataValues& values) -> unsigned int {
+    float& held = values.currentSlit[static_cast<std::size_t>(slit)];
+    if (!mData.SlitConverts(slit, width) || !mData.SlitConverts(slit, held)) {
+      return kFailure;
+    }
+    const std::int64_t target = mData.ConvertSlitToSteps(slit, width);
+    const std::int64_t distance = target - mData.ConvertSlitToSteps(slit, held);
+    const SlitRange range = RangeOf(values, slit);
+    if (target < range.min || target > range.max) {
+      return kFailure;
+    }
+    unsigned int result = kSuccess;
+    held = kNoWidth;
+    if (distance != 0 && (!Travel(kSlitMotors[slit], distance > 0, std::abs(distance), result) || result != kSuccess)) {
+      return kFailure;
+    }
+    return KeepSlit(slit, width);
+  });
+}
+
+unsigned int Corvane::KeepSlit(int slit, float width) {
+  const auto index = static_cast<std::size_t>(slit);
+  mData.values.currentSlit[index] = width;
+  return Store({corvane::CorvField::kCurrentSlit, index});
 }
 
 unsigned int Corvane::GetSlit(int slit, float* width) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  if (!IsSlit(slit)) {
-    return kFailure;
-  }
-  const float held = mData.values.currentSlit[static_cast<std::size_t>(slit)];
-  if (std::isnan(held)) {
-    return kFailure;
-  }
-  *width = held;
-  return kSuccess;
+  return OnRecord(IsSlit(slit), [&](const CorvDataValues& values) {
+    const float held = values.currentSlit[static_cast<std::size_t>(slit)];
+    if (std::isnan(held)) {
+      return kFailure;
+    }
+    *width = held;
+    return kSuccess;
+  });
 }
 
 unsigned int Corvane::ResetSlit(int slit, bool twice) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  if (!IsSlit(slit)) {
-    return kFailure;
-  }
-  const int motor = kSlitMotors[slit];
-  const SlitRange range = RangeOf(mData.values, slit);
-  if (range.max <= range.min) {
-    return kFailure;
-  }
-  unsigned int result = kSuccess;
-  float& held = mData.values.currentSlit[static_cast<std::size_t>(slit)];
-  held = kNoWidth;
-  if (!Travel(motor, false, range.max - range.min, result) ||
-      (twice && !(Travel(motor, true, kApproach, result) && Travel(motor, false, kApproach, result))) ||
-      result != kSuccess) {
-    return kFailure;
-  }
-  held = static_cast<float>(mData.values.slits[static_cast<std::size_t>(slit)].points.front().width);
-  return Store(&held);
+  return OnRecord(IsSlit(slit), [&](CorvDataValues& values) -> unsigned int {
+    const auto index = static_cast<std::size_t>(slit);
+    const int motor = kSlitMotors[slit];
+    const SlitRange range = RangeOf(values, slit);
+    if (range.max <= range.min) {
+      return kFailure;
+    }
+    unsigned int result = kSuccess;
+    values.currentSlit[index] = kNoWidth;
+    if (!Travel(motor, false, range.max - range.min, result) ||
+        (twice && !(Travel(motor, true, kApproach, result) && Travel(motor, false, kApproach, result))) ||
+        result != kSuccess) {
+      return kFailure;
+    }
+    return KeepSlit(slit, static_cast<float>(values.slits[index].points.front().width));
+  });
 }
 
 unsigned int Corvane::GetCurrentSlitSteps(int slit, int* steps) {
@@ -118,27 +110,21 @@ unsigned int Corvane::GetCurrentSlitSteps(int slit, int* steps) {
 }
 
 unsigned int Corvane::ReadSlitCoefficients(int& steps1, int& width1, int& steps2, int& width2) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  if (mData.values.loadedFromEeprom) {
-    return static_cast<unsigned int>(mData.ReadSlitCoefficients(steps1, width1, steps2, width2));
-  }
-  const auto& [first, second] = mData.values.slits.front().points;
-  steps1 = first.steps;
-  width1 = first.width;
-  steps2 = second.steps;
-  width2 = second.width;
-  return kSuccess;
+  return OnRecord([&](const CorvDataValues& values) -> int {
+    if (values.loadedFromEeprom) {
+      return mData.ReadSlitCoefficients(steps1, width1, steps2, width2);
+    }
+    const auto& [first, second] = values.slits.front().points;
+    steps1 = first.steps;
+    width1 = first.width;
+    steps2 = second.steps;
+    width2 = second.width;
+    return corvane::legacy::kSuccess;
+  });
 }
 
 unsigned int Corvane::WriteSlitCoefficients(int steps1, int width1, int steps2, int width2) {
-  if (!HasData()) {
-    return kNoData;
-  }
   // What no line goes through is refused, and an EEPROM that holds no record of ours stays as it is.
-  if (width1 == width2 || !mData.values.loadedFromEeprom) {
-    return kFailure;
-  }
-  return static_cast<unsigned int>(mData.WriteSlitCoefficients(steps1, width1, steps2, width2));
+  return OnRecord(width1 != width2 && mData.values.loadedFromEeprom,
+                  [&](auto&) { return mData.WriteSlitCoefficients(steps1, width1, steps2, width2); });
 }

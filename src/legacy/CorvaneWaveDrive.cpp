@@ -70,61 +70,48 @@ bool Corvane::TurnWaveDrive(std::int64_t distance, unsigned int& result) {
     corvane::SleepMilliseconds(kTurnaroundMilliseconds);
     pulse(true, kOvershoot);
   }
-  return mData.WaitForStandstill(kMotor) == legacy::kSuccess;
+  return Bus().WaitForStandstill(kMotor) == corvane::legacy::kSuccess;
 }
 
 unsigned int Corvane::SetWavelength(float nm) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  int grating = 0;
-  if (GetGrating(&grating) != kSuccess) {
-    return kFailure;
-  }
-  unsigned int result = kSuccess;
-  MoveToWavelength(nm, grating, result);
-  return result;
+  return OnRecord([&](auto&) {
+    unsigned int result = kSuccess;
+    MoveToWavelength(nm, mGrating, result);
+    return result;
+  });
 }
 
 unsigned int Corvane::SetGrating(int grating) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  if (!IsGrating(grating)) {
-    return kFailure;
-  }
-  if (Grating(grating).blaze == kMirrorBlaze) {
-    return GotoZeroOrder(grating);
-  }
-  float nm = 0.0F;
-  if (GetWavelength(&nm) != kSuccess) {
-    return kFailure;
-  }
-  unsigned int result = kSuccess;
-  if (MoveToWavelength(nm, grating, result)) {
-    // Whatever the pulses gave: the drive is where the new grating belongs.
-    mGrating = grating;
-    corvane::SleepMilliseconds(kGratingMilliseconds);
-  }
-  return result;
+  return OnRecord(IsGrating(grating), [&](auto&) -> unsigned int {
+    if (Grating(grating).blaze == kMirrorBlaze) {
+      return GotoZeroOrder(grating);
+    }
+    float nm = 0.0F;
+    if (GetWavelength(&nm) != kSuccess) {
+      return kFailure;
+    }
+    unsigned int result = kSuccess;
+    if (MoveToWavelength(nm, grating, result)) {
+      // Whatever the pulses gave: the drive is where the new grating belongs.
+      mGrating = grating;
+      corvane::SleepMilliseconds(kGratingMilliseconds);
+    }
+    return result;
+  });
 }
 
 bool Corvane::MoveToWavelength(float nm, int grating, unsigned int& result) {
   result = kFailure;
   float min = 0.0F;
   float max = 0.0F;
-  bool mirror = false;
   if (GetWavelengthLimits(grating, &min, &max) != kSuccess) {
     return false;
   }
   if (!(nm >= min && nm <= max)) {
-    result = kOutsideLimits;
+    result = kBeyondLimits;
     return false;
   }
-  if (GetMirrorPosition(mirror) != kSuccess) {
-    return false;
-  }
-  const int port = mirror ? 0 : 1;
+  const int port = PortInUse();
   const int target = mData.ConvertWaveToSteps(nm, grating, port);
   const corvane::CorvDataValues::Motion& range = mData.values.motors[kMotor];
   if (target > range.maxSteps || target < range.minSteps) {
@@ -140,15 +127,12 @@ bool Corvane::MoveToWavelength(float nm, int grating, unsigned int& result) {
 }
 
 unsigned int Corvane::GotoZeroOrder(int grating) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  bool mirror = false;
-  if ((!IsGrating(grating) && GetGrating(&grating) != kSuccess) || GetMirrorPosition(mirror) != kSuccess) {
-    return kFailure;
-  }
+  return OnRecord([&](auto&) { return MoveToZeroOrder(IsGrating(grating) ? grating : mGrating); });
+}
+
+unsigned int Corvane::MoveToZeroOrder(int grating) {
   const corvane::CorvDataValues::Grating& wanted = Grating(grating);
-  const std::int64_t offset = mData.values.detectorOffset[mirror ? 0 : 1];
+  const std::int64_t offset = mData.values.detectorOffset[static_cast<std::size_t>(PortInUse())];
   unsigned int result = kSuccess;
   if (!MoveWaveDrive(offset + wanted.start + wanted.offset, result)) {
     return kFailure;
@@ -158,31 +142,25 @@ unsigned int Corvane::GotoZeroOrder(int grating) {
 }
 
 unsigned int Corvane::GetWavelength(float* nm) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  const float lines = Grating(mGrating).lines;
-  *nm = TivanUtility::TTivanMath::IsZero(lines) ? 0.0F : mData.values.currentWave * corvane::kReferenceLines / lines;
-  return kSuccess;
+  return OnRecord([&](const corvane::CorvDataValues& values) {
+    const float lines = Grating(mGrating).lines;
+    *nm = TivanUtility::TTivanMath::IsZero(lines) ? 0.0F : values.currentWave * corvane::kReferenceLines / lines;
+    return kSuccess;
+  });
 }
 
 unsigned int Corvane::AtZeroOrder(bool* atZeroOrder) {
-  if (!HasData()) {
-    return kNoData;
-  }
-  *atZeroOrder = mData.values.currentWave == 0.0F;
-  return kSuccess;
+  return OnRecord([&](const corvane::CorvDataValues& values) {
+    *atZeroOrder = values.currentWave == 0.0F;
+    return kSuccess;
+  });
 }
 
 unsigned int Corvane::GetWavelengthLimits(int grating, float* min, float* max) {
-  if (!HasData()) {
-    return kNoData;
-  }
   const int asked = grating == kActiveGrating ? mGrating : grating;
-  if (!IsGrating(asked)) {
-    return kFailure;
-  }
-  *min = 0.0F;
-  *max = corvane::GreatestWavelength(Grating(asked).lines, mData.values.angularDeviation);
-  return kSuccess;
+  return OnRecord(IsGrating(asked), [&](const corvane::CorvDataValues& values) {
+    *min = 0.0F;
+    *max = corvane::GreatestWavelength(Grating(asked).lines, values.angularDeviation);
+    return kSuccess;
+  });
 }

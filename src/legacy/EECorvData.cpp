@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
-#include <variant>
+#include <span>
 
 #include "legacy/CorvDataKeys.h"
 #include "legacy/CorvDataPages.h"
@@ -14,8 +14,10 @@
 
 namespace {
 
-using legacy::kFailure;
-using legacy::kSuccess;
+using corvane::CorvField;
+using corvane::CorvValueId;
+using corvane::legacy::kFailure;
+using corvane::legacy::kSuccess;
 
 constexpr int kWriteModeStep = 0;
 static_assert(EECorvData::kLastStep == corvane::kLastPageStep);
@@ -46,34 +48,44 @@ std::string ResolveInPlace(char* path) {
 
 using Values = corvane::CorvDataValues;
 
-corvane::CorvDataPlace OpticalParam(Values& values, std::size_t element) {
-  const std::array<float*, 3> order{&values.focalLength, &values.angularDeviation, &values.focalTilt};
-  return order[element];
+constexpr std::array<CorvValueId, 3> kOpticalParams{{
+    {CorvField::kFocalLength},
+    {CorvField::kAngularDeviation},
+    {CorvField::kFocalTilt},
+}};
+
+constexpr std::array<CorvValueId, 4> kSlitCoefficients{{
+    {CorvField::kSlitPoint, 0},
+    {CorvField::kSlitPoint, 1},
+    {CorvField::kSlitPoint, 2},
+    {CorvField::kSlitPoint, 3},
+}};
+
+void StoreResult(float* output, float value) {
+  if (output != nullptr) {
+    *output = value;
+  }
 }
-constexpr std::size_t kOpticalParams = 3;
 
-constexpr corvane::CorvDataPlaces kSlitCoefficient = corvane::places::SlitPoint<0>;
-constexpr std::size_t kSlitCoefficients = 4;
-
-int ReadPlaces(LegacyBus& bus, Values& values, corvane::CorvDataPlaces places, std::size_t count) {
+int ReadValues(corvane::LegacyBus& bus, Values& values, std::span<const CorvValueId> ids) {
   int result = kSuccess;
-  for (std::size_t i = 0; result == kSuccess && i < count; ++i) {
-    result = corvane::ReadPageValue(bus, values, places(values, i));
+  for (auto id = ids.begin(); result == kSuccess && id != ids.end(); ++id) {
+    result = corvane::ReadPageValue(bus, values, *id);
   }
   return result;
 }
 
-int WritePlaces(LegacyBus& bus, Values& values, corvane::CorvDataPlaces places, std::size_t count) {
+int WriteValues(corvane::LegacyBus& bus, Values& values, std::span<const CorvValueId> ids) {
   int result = bus.SetWriteMode();
-  for (std::size_t i = 0; result == kSuccess && i < count; ++i) {
-    result = corvane::WritePageValue(bus, values, places(values, i));
+  for (auto id = ids.begin(); result == kSuccess && id != ids.end(); ++id) {
+    result = corvane::WritePageValue(bus, values, *id);
   }
   return result;
 }
 
 }  // namespace
 
-EECorvData::EECorvData(TI2CInterface* i2c, bool usb) : LegacyBus(i2c, usb) {
+EECorvData::EECorvData(TI2CInterface* i2c, bool usb) : mBus(i2c, usb) {
 }
 
 void EECorvData::SetStructureVersionInfo(const char* version) {
@@ -91,9 +103,9 @@ void EECorvData::Notify() {
 
 int EECorvData::ReadFromEEPROMLoop(int step) {
   if (step == kWriteModeStep) {
-    return SetWriteMode();
+    return mBus.SetWriteMode();
   }
-  const int result = corvane::ReadPageStep(*this, step, values);
+  const int result = corvane::ReadPageStep(mBus, step, values);
   if (result != kSuccess) {
     return result;
   }
@@ -109,7 +121,7 @@ int EECorvData::ReadFromEEPROMLoop(int step) {
 }
 
 int EECorvData::WriteToEEPROMLoop(int step) {
-  return step == kWriteModeStep ? SetWriteMode() : corvane::WritePageStep(*this, step, values);
+  return step == kWriteModeStep ? mBus.SetWriteMode() : corvane::WritePageStep(mBus, step, values);
 }
 
 int EECorvData::ReadFromEEPROM() {
@@ -184,29 +196,25 @@ int EECorvData::WriteToFile(char* path) {
   return kSuccess;
 }
 
-int EECorvData::StoreValue(corvane::CorvDataPlace value) {
+int EECorvData::StoreValue(CorvValueId id) {
   if (values.loadedFromEeprom) {
-    return SetWriteMode() == kSuccess ? corvane::WritePageValue(*this, values, value) : kFailure;
+    return WriteValues(mBus, values, std::array{id});
   }
   const TivanLocale locale;
-  corvane::WriteProfileKeys(values, IntoFile(values.sourcePath), value);
+  corvane::WriteProfileKeys(values, IntoFile(values.sourcePath), id);
   return kSuccess;
 }
 
 int EECorvData::ReadOpticalParamsFromEEPROM(float* focalLength, float* angularDeviation, float* focalTilt) {
   // Into a copy: the record takes all or none.
   Values read = values;
-  if (ReadPlaces(*this, read, OpticalParam, kOpticalParams) != kSuccess) {
+  if (ReadValues(mBus, read, kOpticalParams) != kSuccess) {
     return kFailure;
   }
-  const std::array<float*, kOpticalParams> outputs{focalLength, angularDeviation, focalTilt};
-  for (std::size_t i = 0; i < outputs.size(); ++i) {
-    const float value = *std::get<float*>(OpticalParam(read, i));
-    *std::get<float*>(OpticalParam(values, i)) = value;
-    if (outputs[i] != nullptr) {
-      *outputs[i] = value;
-    }
-  }
+  values = read;
+  StoreResult(focalLength, read.focalLength);
+  StoreResult(angularDeviation, read.angularDeviation);
+  StoreResult(focalTilt, read.focalTilt);
   return kSuccess;
 }
 
@@ -215,7 +223,7 @@ int EECorvData::WriteOpticalParamsToEEPROM(float focalLength, float angularDevia
   written.focalLength = focalLength;
   written.angularDeviation = angularDeviation;
   written.focalTilt = focalTilt;
-  const int result = WritePlaces(*this, written, OpticalParam, kOpticalParams);
+  const int result = WriteValues(mBus, written, kOpticalParams);
   if (result == kSuccess) {
     values = written;
   }
@@ -225,7 +233,7 @@ int EECorvData::WriteOpticalParamsToEEPROM(float focalLength, float angularDevia
 int EECorvData::ReadSlitCoefficients(std::int32_t& steps1, std::int32_t& width1, std::int32_t& steps2,
                                      std::int32_t& width2) {
   Values read = values;
-  if (ReadPlaces(*this, read, kSlitCoefficient, kSlitCoefficients) != kSuccess) {
+  if (ReadValues(mBus, read, kSlitCoefficients) != kSuccess) {
     return kFailure;
   }
   const auto& [first, second] = read.slits[0].points;
@@ -240,5 +248,5 @@ int EECorvData::WriteSlitCoefficients(std::int32_t steps1, std::int32_t width1, 
                                       std::int32_t width2) {
   Values written = values;
   written.slits[0].points = {{{steps1, width1}, {steps2, width2}}};
-  return WritePlaces(*this, written, kSlitCoefficient, kSlitCoefficients);
+  return WriteValues(mBus, written, kSlitCoefficients);
 }

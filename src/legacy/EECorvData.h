@@ -1,6 +1,6 @@
 // The record of one older instrument: its stored parameters in memory, read from and written to the instrument's EEPROM
-// or a data file, the conversions between physical units and motor steps, and (as LegacyBus) its I2C transfers. The
-// driver owns one and moves motors through it. It moves nothing on its own account.
+// or a data file, and the conversions between physical units and motor steps. Owns the instrument's bus, which the
+// driver moves motors through. It moves nothing on its own account.
 //
 // Used from the driver's thread; no locks. Results are those of LegacyResult.h.
 #pragma once
@@ -9,12 +9,14 @@
 #include <string>
 
 #include "camera/TI2CInterface.h"
-#include "legacy/CorvDataPlace.h"
+#include "legacy/CorvDataField.h"
 #include "legacy/CorvDataValues.h"
 #include "legacy/LegacyBus.h"
 #include "legacy/LegacyResult.h"
 
 class EECorvData;
+
+namespace corvane {
 
 /// Is told of every successful load of a record.
 class IEECorvDataListener {
@@ -23,7 +25,9 @@ class IEECorvDataListener {
   virtual void OnDataLoaded(EECorvData* record) = 0;
 };
 
-class EECorvData final : public LegacyBus {
+}  // namespace corvane
+
+class EECorvData final {
  public:
   /// Which transfer Execute makes.
   enum TaskMode : std::int32_t { kReadTask = 0, kWriteTask = 1 };
@@ -40,6 +44,9 @@ class EECorvData final : public LegacyBus {
   EECorvData& operator=(const EECorvData&) = delete;
   ~EECorvData() = default;
 
+  /// The bus that the record reads and writes its EEPROM through.
+  corvane::LegacyBus& Bus() { return mBus; }
+
   /// The parameters, free to read and to change; what is changed here reaches the instrument with StoreValue or a
   /// write of the whole record.
   corvane::CorvDataValues values;
@@ -47,11 +54,11 @@ class EECorvData final : public LegacyBus {
   /// Replaces the structure version and splits it; null is ignored.
   void SetStructureVersionInfo(const char* version);
   /// Borrowed; null detaches.
-  void SetListener(IEECorvDataListener* listener) { mListener = listener; }
+  void SetListener(corvane::IEECorvDataListener* listener) { mListener = listener; }
 
   /// Reads the record from the EEPROM; writes nothing but the write mode. A version text that is no version leaves the
   /// version's numbers as they are. kFailure when a transfer fails (fields already read keep their new values) or the
-  /// EEPROM does not hold a record; kNewerStructure when the structure is newer than 3.0, with nothing changed but the
+  /// EEPROM does not hold a record; kBeyondLimits when the structure is newer than 3.0, with nothing changed but the
   /// version text and its numbers.
   int ReadFromEEPROM();
   /// Writes every field of the latest layout with read-back, whatever the version; takes many seconds. The first
@@ -63,25 +70,26 @@ class EECorvData final : public LegacyBus {
 
   void SetTaskMode(std::int32_t mode) { mTaskMode = mode; }
   /// One step of the transfer that the task mode selects; another mode does nothing. Step 0 clears the task error.
-  /// Answers the task error: the first result other than 0, after which nothing is transferred any more.
+  /// Answers the task error: the first result other than kSuccess, after which nothing is transferred any more.
   int Execute(int step);
   int GetTaskError() const { return mTaskError; }
 
   /// Reads the data file; what is missing in it becomes the file's default. Without a directory the file lies in the
   /// parent of the working directory; the name is "spectrograph" and the extension ".ini" where the path has none; null
   /// is "spectrograph.ini" in the working directory. path holds 240 bytes and receives the resolved path; one that does
-  /// not fit names no file, and path is left alone. Always 0.
+  /// not fit names no file, and path is left alone. Always kSuccess.
   int ReadFromFile(char* path);
-  /// Hands every key to the profile writer, which leaves files as they are. The path as in ReadFromFile. Always 0.
+  /// Hands every key to the profile writer, which leaves files as they are. The path as in ReadFromFile. Always
+  /// kSuccess.
   int WriteToFile(char* path);
   /// The path that ReadFromFile would open; empty when it is too long.
   static std::string ResolvePath(const char* path);
 
   /// Writes one of `values` where it came from. Loaded from the EEPROM: write mode, then the value with read-back;
   /// kFailure when that fails or no EEPROM has a place for it. A value that is newer than the EEPROM's structure
-  /// version stays in memory alone, and the result is 0: its place holds other bytes there. Otherwise the profile
-  /// writer gets it, and the result is 0. Takes the address of the value itself: StoreValue(&values.currentWave).
-  int StoreValue(corvane::CorvDataPlace value);
+  /// version stays in memory alone, and the result is kSuccess: its place holds other bytes there. Otherwise the
+  /// profile writer gets it, and the result is kSuccess.
+  int StoreValue(corvane::CorvValueId id);
 
   /// The three floats of page 0; only when all are read or written do the record and the outputs (null is skipped)
   /// take them.
@@ -111,10 +119,10 @@ class EECorvData final : public LegacyBus {
   long double GetSinCorrection(long double steps) const;
 
  private:
-  int CheckStructure();
   void Notify();
 
-  IEECorvDataListener* mListener = nullptr;
+  corvane::LegacyBus mBus;
+  corvane::IEECorvDataListener* mListener = nullptr;
   std::int32_t mTaskMode = kReadTask;
-  std::int32_t mTaskError = legacy::kSuccess;
+  std::int32_t mTaskError = corvane::legacy::kSuccess;
 };

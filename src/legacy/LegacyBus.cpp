@@ -12,8 +12,10 @@
 #include "legacy/LegacyResult.h"
 #include "platform/TimeSource.h"
 
+namespace corvane {
 namespace {
 
+using legacy::kBusSuccess;
 using legacy::kFailure;
 using legacy::kSuccess;
 
@@ -219,7 +221,7 @@ void LegacyBus::Delay(float milliseconds) {
   constexpr float kLongest = 1e9F;
   const float bounded = milliseconds > 0.0F ? std::min(milliseconds, kLongest) : 0.0F;
   const auto wanted = static_cast<std::uint64_t>(std::ceil(bounded * 1000.0F));
-  corvane::TimeSource& time = corvane::Time();
+  TimeSource& time = Time();
   const std::uint64_t start = time.MonotonicMicroseconds();
   for (std::uint64_t passed = 0; passed < wanted; passed = time.MonotonicMicroseconds() - start) {
     time.SleepMicroseconds(wanted - passed);
@@ -238,7 +240,7 @@ int LegacyBus::EngineMoving(int motor) {
   const bool selected = byRegister || I2CBurstWrite(kStatusDevice, 1, &reg) == kBusSuccess;
   std::uint8_t status = 0;
   const bool read = I2CRead(kStatusDevice, reg, &status) == kBusSuccess;
-  corvane::SleepMilliseconds(kPollMilliseconds);
+  SleepMilliseconds(kPollMilliseconds);
   if (!selected || !read) {
     return -1;
   }
@@ -257,11 +259,13 @@ int LegacyBus::WaitForStandstill(int motor) {
   return kFailure;
 }
 
-int LegacyBus::RampedMove(std::uint8_t address, const corvane::RampedMove& move) {
-  const auto bytes = corvane::EncodeRampedMove(move);
+int LegacyBus::StartRampedMove(std::uint8_t address, const RampedMove& move) {
+  const auto bytes = EncodeRampedMove(move);
   if (!bytes || WaitForStandstill(move.motor) != kSuccess) {
     return kFailure;
   }
   const unsigned int status = I2CBurstWrite(address, static_cast<int>(bytes->size()), bytes->data());
   return status == kBusSuccess ? kSuccess : kFailure;
 }
+
+}  // namespace corvane

@@ -1,22 +1,21 @@
 // The I2C transfers of one older instrument: bytes, numbers and texts of its EEPROM pages with verified writing, and
-// the registers of its motor controller. EECorvData is built on it, and the driver moves motors through it. Knows no
-// field of the record.
+// the registers of its motor controller. The record reads and writes its pages through it, the driver moves motors
+// through it. Knows no field of the record.
 //
-// Results are legacy::kSuccess or legacy::kFailure where nothing else is said; any bus status but kBusSuccess is a
-// failure, and an operation ends at its first one, with its outputs untouched. Register addresses count on modulo 256.
-// Waits block the calling thread.
+// Results are legacy::kSuccess or legacy::kFailure where nothing else is said; any bus status but legacy::kBusSuccess
+// is a failure, and an operation ends at its first one, with its outputs untouched. Register addresses count on modulo
+// 256. Waits block the calling thread.
 #pragma once
 
 #include <cstdint>
 
 #include "camera/TI2CInterface.h"
-#include "camera/TivanSdk.h"
 #include "legacy/RampedMoveFormat.h"
+
+namespace corvane {
 
 class LegacyBus {
  public:
-  /// The camera SDK's status for success, which the I2C operations answer.
-  static constexpr unsigned int kBusSuccess = corvane::kTivanSuccess;
   /// Device addresses: page 0 of the EEPROM and the device that switches its write mode.
   static constexpr std::uint8_t kEepromBase = 0x68;
   static constexpr std::uint8_t kWriteModeDevice = kEepromBase + 7;
@@ -33,7 +32,8 @@ class LegacyBus {
   /// one 0x00 0xC4 to the status device, on the old bus; what becomes of that is not looked at.
   void SetControl(TI2CInterface* i2c, bool usb);
 
-  /// One transfer each, with the bus status as result; kBusSuccess without a bus, and the output is then left alone.
+  /// One transfer each, with the bus status as result; legacy::kBusSuccess without a bus, and the output is then left
+  /// alone.
   unsigned int I2CWrite(std::uint8_t device, std::uint8_t reg, std::uint8_t value);
   unsigned int I2CRead(std::uint8_t device, std::uint8_t reg, std::uint8_t* out);
   unsigned int I2CBurstWrite(std::uint8_t device, int count, const std::uint8_t* data);
@@ -71,7 +71,7 @@ class LegacyBus {
   int WaitForStandstill(int motor);
   /// Waits until the motor stands, then starts the move with one burst write to the motor controller at `address`, and
   /// does not wait for its end. kFailure also for a move that has no encoding (RampedMoveFormat.h).
-  int RampedMove(std::uint8_t address, const corvane::RampedMove& move);
+  int StartRampedMove(std::uint8_t address, const RampedMove& move);
 
   bool IsUsb() const { return mUsb; }
 
@@ -82,3 +82,5 @@ class LegacyBus {
   TI2CInterface* mI2c;
   bool mUsb;
 };
+
+}  // namespace corvane

@@ -3,18 +3,18 @@
 #include <cstddef>
 #include <string>
 
-#include "camera/TivanSdk.h"
+#include "legacy/LegacyBus.h"
+#include "legacy/LegacyResult.h"
 #include "platform/TivanStrings.h"
 
 namespace {
 
-constexpr unsigned char kEepromAddress = 0x68;
 constexpr unsigned char kFirstRegister = 1;
 constexpr const char* kSignature = "tivan";
 
 // A bus answers 0, or the SDK's own success where an adapter passes that through.
 bool Succeeded(unsigned int status) {
-  return status == 0 || status == corvane::kTivanSuccess;
+  return status == 0 || status == corvane::legacy::kBusSuccess;
 }
 
 }  // namespace
@@ -26,7 +26,7 @@ bool TCorvaneDetection::Detect(TI2CInterface* bus) {
   std::string text = "XXXXX";
   for (std::size_t i = 0; i < text.size(); ++i) {
     unsigned char byte = 0;
-    if (!Succeeded(bus->Read(kEepromAddress, static_cast<unsigned char>(kFirstRegister + i), &byte))) {
+    if (!Succeeded(bus->Read(corvane::LegacyBus::kEepromBase, static_cast<unsigned char>(kFirstRegister + i), &byte))) {
       return false;
     }
     text[i] = static_cast<char>(byte);

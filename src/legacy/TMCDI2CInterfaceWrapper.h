@@ -2,11 +2,11 @@
 #pragma once
 
 #include "camera/TI2CInterface.h"
-#include "camera/TivanSdk.h"
+#include "legacy/LegacyResult.h"
 
 class TMCDI2CInterfaceWrapper final : public TI2CInterface {
  public:
-  static constexpr unsigned int kSuccess = corvane::kTivanSuccess;
+  static constexpr unsigned int kSuccess = corvane::legacy::kBusSuccess;
   static constexpr unsigned int kFailure = 20081;
 
   /// The wrapped bus is borrowed; without one every operation fails.

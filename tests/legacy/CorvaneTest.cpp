@@ -127,7 +127,7 @@ TEST_F(CorvaneTest, AStuckMotorIsWaitedForAndADeadBusIsNot) {
   mInstrument.Put(1, 16, 20000);  // the drive's highest position
   Load();
   EXPECT_EQ(mDriver.SetWavelength(1000.0F), Corvane::kFailure);
-  EXPECT_EQ(mDriver.SetWavelength(NAN), Corvane::kOutsideLimits);
+  EXPECT_EQ(mDriver.SetWavelength(NAN), Corvane::kBeyondLimits);
   EXPECT_EQ(mInstrument.TakeMoves(), kNothing);
 }
 
@@ -177,7 +177,7 @@ TEST_F(CorvaneTest, ADataFileStandsInForNoRecordButNotForANewer) {
     return result;
   };
   mInstrument.Put(0, 21, "4");
-  EXPECT_EQ(read(nullptr), Corvane::kOutsideLimits);
+  EXPECT_EQ(read(nullptr), Corvane::kBeyondLimits);
   mInstrument.Put(0, 0, "\xFF");
   EXPECT_EQ(read(nullptr), Corvane::kSuccess);
   EXPECT_EQ(read("none.ini"), Corvane::kFailure);

@@ -186,12 +186,12 @@ TEST(EECorvData, ReportsEveryFailedTransferAndEndsWithIt) {
 TEST(EECorvData, MovesSingleValuesWhereTheyLie) {
   FakeLegacyInstrument bus;
   EECorvData record(&bus, false);
-  EXPECT_EQ(record.StoreValue(&record.values.currentWave), 0);
+  EXPECT_EQ(record.StoreValue({corvane::CorvField::kCurrentWave}), 0);
   EXPECT_EQ(bus.writes, 0) << "The values did not come from this EEPROM.";
   ASSERT_EQ(record.ReadFromEEPROM(), 0);
   record.values.turrets[2].gratings[2].offset = -1;
   bus.writeMode = false;
-  EXPECT_EQ(record.StoreValue(&record.values.turrets[2].gratings[2].offset), 0);
+  EXPECT_EQ(record.StoreValue({corvane::CorvField::kGratingOffset, 8}), 0);
   EXPECT_EQ(record.WriteOpticalParamsToEEPROM(1.0F, 2.0F, 3.0F), 0);
   EXPECT_EQ(record.WriteSlitCoefficients(1, -2, 3, 4), 0);
   EXPECT_EQ(bus.writes, 8 * 4);
@@ -209,19 +209,19 @@ TEST(EECorvData, VerifiesWhatItWritesAndReadsNumbersForBlazes) {
   FakeLegacyInstrument bus;
   EECorvData record(&bus, false);
   // A text longer than its field is cut, and what is left has to be read back; registers go on at 0.
-  EXPECT_EQ(record.WriteString("abcdef", 4, 0x68, 254), 0);
-  EXPECT_EQ(record.WriteString("x", 3, 0x69, 200), 0);
+  EXPECT_EQ(record.Bus().WriteString("abcdef", 4, 0x68, 254), 0);
+  EXPECT_EQ(record.Bus().WriteString("x", 3, 0x69, 200), 0);
   EXPECT_EQ((std::string{char(bus.pages[0][255]), char(bus.pages[0][1]), char(bus.pages[0][2])}), "bdi");
-  EXPECT_EQ(record.WriteFloat(std::numeric_limits<float>::quiet_NaN(), 0x68, 71), 1) << "No number equals it.";
+  EXPECT_EQ(record.Bus().WriteFloat(std::numeric_limits<float>::quiet_NaN(), 0x68, 71), 1) << "No number equals it.";
   bus.writeMode = false;
-  EXPECT_EQ(record.WriteString("abcx", 4, 0x68, 254), 1);
-  EXPECT_EQ(record.WriteInt(1, 0x69, 0) + record.WriteByte(17, 0x68, 0), 2);
+  EXPECT_EQ(record.Bus().WriteString("abcx", 4, 0x68, 254), 1);
+  EXPECT_EQ(record.Bus().WriteInt(1, 0x69, 0) + record.Bus().WriteByte(17, 0x68, 0), 2);
   // Blazes that old instruments stored as numbers, which a first byte of zero tells.
   for (const auto& [number, text] : {std::pair{500.9F, "500"}, {0.0F, ""}, {150000.0F, ""}, {NAN, ""}, {-500.0F, ""}}) {
-    char read[LegacyBus::kBlazeSlot] = "x";
+    char read[corvane::LegacyBus::kBlazeSlot] = "x";
     bus.Put(1, 200, number);
     bus.Put(1, 200, std::uint8_t{0});
-    ASSERT_EQ(record.ReadBlaze(read, 4, 0x69, 200), 0);
+    ASSERT_EQ(record.Bus().ReadBlaze(read, 4, 0x69, 200), 0);
     EXPECT_STREQ(read, text);
   }
 }
@@ -230,32 +230,32 @@ TEST(EECorvData, MovesAndWaitsForMotors) {
   using corvane::MoveMode;
   FakeLegacyInstrument bus;
   EECorvData record(&bus, false);
-  ASSERT_EQ(record.RampedMove(0x10, {3, true, true, MoveMode::kStopAtEdge, 0x010203, {1, 256, 480000}}), 0);
+  ASSERT_EQ(record.Bus().StartRampedMove(0x10, {3, true, true, MoveMode::kStopAtEdge, 0x010203, {1, 256, 480000}}), 0);
   EXPECT_EQ(bus.lastMove, (std::vector<std::uint8_t>{3, 0x23, 3, 2, 1, 1, 0, 0, 0, 1, 0, 0, 0x53, 7}));
   bus.busyPolls = 5;
-  ASSERT_EQ(record.RampedMove(0x10, {1, true, true, MoveMode::kPlain, 1, {}}), 0);
+  ASSERT_EQ(record.Bus().StartRampedMove(0x10, {1, true, true, MoveMode::kPlain, 1, {}}), 0);
   // Bits of another motor do not count.
   const int polls[][3] = {{1, 0x03, 0}, {0, 0x1C, 0}, {4, 0x04, 1}, {2, 0x02, 1}};
   for (const auto& [motor, bits, moving] : polls) {
     bus.busyBits = static_cast<std::uint8_t>(bits);
-    EXPECT_EQ(record.EngineMoving(motor), moving) << motor;
+    EXPECT_EQ(record.Bus().EngineMoving(motor), moving) << motor;
   }
   for (const auto& [motor, steps] : {std::pair{0, -1}, {0, 0x1000000}, {5, 1}}) {
-    EXPECT_EQ(record.RampedMove(0x10, {motor, true, true, MoveMode::kPlain, steps, {}}), 1);
+    EXPECT_EQ(record.Bus().StartRampedMove(0x10, {motor, true, true, MoveMode::kPlain, steps, {}}), 1);
   }
 
   // Older controllers are told the register first, and have another one behind a USB camera.
   bus.fpga = 22;
-  record.SetControl(&bus, true);
+  record.Bus().SetControl(&bus, true);
   bus.busyRegister = 0xC4;
-  ASSERT_EQ(record.RampedMove(0x10, {0, true, true, MoveMode::kPlain, 1, {}}), 0);
-  EXPECT_EQ(record.EngineMoving(2), 1);
-  record.SetControl(&bus, false);
+  ASSERT_EQ(record.Bus().StartRampedMove(0x10, {0, true, true, MoveMode::kPlain, 1, {}}), 0);
+  EXPECT_EQ(record.Bus().EngineMoving(2), 1);
+  record.Bus().SetControl(&bus, false);
   EXPECT_EQ(bus.TakeStatus(), (std::vector<std::string>{"0=196", "0=199"}));
 
   bus.answers = 0;
   const std::uint64_t before = bus.time.Slept();
-  EXPECT_EQ(record.WaitForStandstill(0), 1) << "A dead bus is not waited for.";
+  EXPECT_EQ(record.Bus().WaitForStandstill(0), 1) << "A dead bus is not waited for.";
   EXPECT_LE(bus.time.Slept() - before, 1'000'000U);
 }
 
@@ -331,7 +331,7 @@ TEST(EECorvDataFile, ReadsTheKeysOfItsVersion) {
 }
 
 TEST(EECorvDataFile, IsTheSourceUntilTheEepromIsRead) {
-  struct Listener final : IEECorvDataListener {
+  struct Listener final : corvane::IEECorvDataListener {
     void OnDataLoaded(EECorvData* /*record*/) override { ++loads; }
     int loads = 0;
   } listener;

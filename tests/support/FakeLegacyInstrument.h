@@ -44,7 +44,7 @@ class FakeLegacyInstrument final : public TI2CInterface {
   std::uint8_t busyBits = 0x1F;
   std::uint8_t busyRegister = 0xC3;
   /// What a transfer that is answered gives; 0 behind an adapter.
-  unsigned int success = LegacyBus::kBusSuccess;
+  unsigned int success = corvane::legacy::kBusSuccess;
   /// Transfers that are still answered; which of the next transfers and of the next moves fails, from 1.
   int answers = kAlways;
   int failingTransfer = 0;

@@ -5,7 +5,7 @@
 
 class Corvane;
 
-/// Without an accessory at the port, and on every failure, operations throw TCorvaneException(1).
+/// Without an accessory at the port, and on every failure, operations throw TCorvaneException(kSdkFailure).
 class TSDKAccessory final : public ISpectrographAccessory {
  public:
   /// Borrowed; outlives the component.

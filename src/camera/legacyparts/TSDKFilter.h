@@ -5,7 +5,7 @@
 
 class Corvane;
 
-/// A wheel that is not fitted and every failure throw TCorvaneException(1).
+/// A wheel that is not fitted and every failure throw TCorvaneException(kSdkFailure).
 class TSDKFilter final : public ISpectrographFilter {
  public:
   /// Borrowed; outlives the component.
@@ -15,7 +15,7 @@ class TSDKFilter final : public ISpectrographFilter {
   void SetFilter(int filter) override;
   int GetFilter() override;
   void Reset() override;
-  /// Labels have at most 9 characters; a longer one is cut.
+  /// Labels have at most CorvDataValues::kMaxLabel characters; a longer one is cut.
   void GetFilterInfo(int filter, char* text, int maxLength) override;
   void SetFilterInfo(int filter, const char* text) override;
 

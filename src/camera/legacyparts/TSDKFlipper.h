@@ -5,7 +5,7 @@
 
 class Corvane;
 
-/// A mirror that is not fitted and every failure throw TCorvaneException(1).
+/// A mirror that is not fitted and every failure throw TCorvaneException(kSdkFailure).
 class TSDKFlipper final : public ISpectrographFlipper {
  public:
   /// The driver is borrowed and outlives the component.

@@ -5,7 +5,7 @@
 
 class Corvane;
 
-/// Always present. Failures throw TCorvaneException(1).
+/// Always present. Failures throw TCorvaneException(kSdkFailure).
 class TSDKGrating final : public ISpectrographGrating {
  public:
   /// Borrowed; outlives the component.

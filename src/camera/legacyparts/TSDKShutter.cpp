@@ -26,11 +26,11 @@ bool TSDKShutter::IsExternalModePossible(int mode) {
 }
 
 void TSDKShutter::SetInternalShutter(int /*mode*/) {
-  throw TCorvaneException(1);
+  throw TCorvaneException(corvane::kSdkFailure);
 }
 
 int TSDKShutter::GetInternalShutter() {
-  throw TCorvaneException(1);
+  throw TCorvaneException(corvane::kSdkFailure);
 }
 
 void TSDKShutter::ExternalChange() {

@@ -19,11 +19,11 @@ float TSDKSlit::GetSlit() {
 }
 
 void TSDKSlit::SetSlitMode(const char* /*mode*/) {
-  throw TCorvaneException(1);
+  throw TCorvaneException(corvane::kSdkFailure);
 }
 
 const char* TSDKSlit::GetSlitMode() {
-  throw TCorvaneException(1);
+  throw TCorvaneException(corvane::kSdkFailure);
 }
 
 void TSDKSlit::Reset() {

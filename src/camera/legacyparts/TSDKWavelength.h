@@ -5,7 +5,7 @@
 
 class Corvane;
 
-/// Always present. Failures throw TCorvaneException(1).
+/// Always present. Failures throw TCorvaneException(kSdkFailure).
 class TSDKWavelength final : public ISpectrographWavelength {
  public:
   /// Borrowed; outlives the component.
