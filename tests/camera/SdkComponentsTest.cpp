@@ -4,96 +4,131 @@
 #include <functional>
 #include <limits>
 #include <memory>
-#include <tuple>
 
 #include "camera/legacyparts/TCorvaneX3Hardware.h"
 #include "legacy/Corvane.h"
 #include "support/BusyLog.h"
-#include "support/FakeLegacyInstrument.h"
+#include "support/SimulatedLegacyBus.h"
 
 namespace {
 
+using Flipper = ISpectrographFlipper;
 using Slit = ISpectrographSlit;
+
+constexpr int kFailureCode = 1;
+/// Transfers of the test that a part is fitted.
+constexpr int kPresenceTest = 9;
+
+/// The status register in which a part is missing, and its bit.
+struct Missing {
+  std::uint8_t selector = 0;
+  std::uint8_t bit = 0;
+};
+constexpr Missing kAlwaysThere{};
 
 class SdkComponents : public testing::Test {
  protected:
-  SdkComponents() { mDriver.ReadSpectCfg(nullptr); }
+  void SetUp() override {
+    ASSERT_EQ(mDriver.ReadSpectCfg(nullptr), Corvane::kSuccess);
+    ASSERT_EQ(mDriver.ResetWavelength(true), Corvane::kSuccess);
+  }
+  static corvane::sim::LegacyDescription Described() {
+    corvane::sim::LegacyDescription description = corvane::sim::DefaultLegacy();
+    description.motion = 0;
+    return description;
+  }
 
-  FakeLegacyInstrument mInstrument;
-  Corvane mDriver{&mInstrument, false};
-  std::unique_ptr<TCorvaneX3Hardware> mHardware = std::make_unique<TCorvaneX3Hardware>(&mDriver);
+  SimulatedLegacyBus mBus{Described()};
+  Corvane mDriver{&mBus, false};
+  TCorvaneX3Hardware mHardware{&mDriver};
+  ISpectrographWavelength& mWave = *mHardware.GetWavelengthInterface();
+  ISpectrographGrating& mGrating = *mHardware.GetGratingInterface();
 };
 
 TEST_F(SdkComponents, CommandsAreBusyMeanwhileAndTellOfSuccessAlone) {
-  ISpectrographWavelength& wave = *mHardware->GetWavelengthInterface();
-  ISpectrographGrating& grating = *mHardware->GetGratingInterface();
-  ISpectrographSlit& slit = *mHardware->GetSlitInterface(Slit::kSlitPosition0);
-  ISpectrographFilter& filter = *mHardware->GetFilterInterface();
-  ISpectrographFlipper& mirror = *mHardware->GetFlipperInterface(ISpectrographFlipper::kFlipperPosition1);
-  // Indices count from 0, the stored values do not. The selector (0: none) and bit that tell of the part; the last move
-  // made.
-  const std::tuple<TBusyDeviceServer&, std::function<void()>, int, std::uint8_t, std::string> commands[] = {
-      {wave, [&] { wave.SetWavelength(0.0F); }, 0, 0, "0+193"},
-      {grating, [&] { grating.SetGrating(1); }, 0, 0, "0+159999"},
-      {grating, [&] { grating.SetDetectorOffset(0, 0, 252); }, 0, 0, "0+60"},
-      {grating, [&] { grating.SetGratingOffset(1, 70); }, 0, 0, "0+70"},
-      {grating, [&] { grating.Reset(); }, 0, 0, "0-2000e"},
-      {slit, [&] { slit.SetSlit(1000.0F); }, 129, 2, "1+392"},
-      {slit, [&] { slit.Reset(); }, 129, 2, "1-100"},
-      {slit, [&] { slit.UnsafeReset(); }, 129, 2, "1-4880"},
-      {filter, [&] { filter.SetFilter(2); }, 64, 1, "2+1600"},
-      {mirror, [&] { mirror.Reset(); }, 96, 2, "3-80"},
+  ISpectrographSlit& slit = *mHardware.GetSlitInterface(Slit::kSlitPosition0);
+  ISpectrographFilter& filter = *mHardware.GetFilterInterface();
+  ISpectrographFlipper& mirror = *mHardware.GetFlipperInterface(Flipper::kFlipperPosition1);
+  // Indices count from 0, the stored values do not.
+  const struct {
+    TBusyDeviceServer& component;
+    std::function<void()> command;
+    Missing missing;
+    std::string lastMove;
+  } commands[] = {
+      {mWave, [&] { mWave.SetWavelength(0.0F); }, kAlwaysThere, "0+193"},
+      {mGrating, [&] { mGrating.SetGrating(1); }, kAlwaysThere, "0+159999"},
+      {mGrating, [&] { mGrating.SetDetectorOffset(0, 0, 252); }, kAlwaysThere, "0+60"},
+      {mGrating, [&] { mGrating.SetGratingOffset(1, 70); }, kAlwaysThere, "0+70"},
+      {mGrating, [&] { mGrating.Reset(); }, kAlwaysThere, "0-2000e"},
+      {slit, [&] { slit.SetSlit(1000.0F); }, {129, 2}, "1+392"},
+      {slit, [&] { slit.Reset(); }, {129, 2}, "1-100"},
+      {slit, [&] { slit.UnsafeReset(); }, {129, 2}, "1-4880"},
+      {filter, [&] { filter.SetFilter(2); }, {64, 1}, "2+1600"},
+      {mirror, [&] { mirror.Reset(); }, {96, 2}, "3-80"},
   };
-  ASSERT_EQ(mDriver.ResetWavelength(true), 0U);
-  for (const auto& [component, command, selector, mask, move] : commands) {
-    SCOPED_TRACE(move);
-    mInstrument.TakeMoves();
+  for (const auto& [component, command, missing, lastMove] : commands) {
+    SCOPED_TRACE(lastMove);
+    mBus.TakeMoves();
     BusyLog log(component);
-    if (selector != 0) {
-      mInstrument.status[static_cast<std::uint8_t>(selector)] = mask;
-      EXPECT_EQ(ThrownBy(command), 1);
-      mInstrument.status.clear();
+    if (missing.bit != 0) {
+      mBus.tamper = [&missing](std::uint8_t reg, std::uint8_t& value) {
+        value = reg == missing.selector ? missing.bit : value;
+      };
+      EXPECT_EQ(ThrownBy(command), kFailureCode);
       EXPECT_EQ(log.Take(), Lines());
+      mBus.tamper = nullptr;
     }
     command();
     EXPECT_EQ(log.Take(), (Lines{"busy", "idle", "idle"}));
-    EXPECT_EQ(mInstrument.TakeMoves().back(), move);
-    // A failure: nothing of a change. The test of presence takes 9 transfers.
-    mInstrument.answers = selector == 0 ? 0 : 9;
-    EXPECT_EQ(ThrownBy(command), 1);
-    mInstrument.answers = mInstrument.kAlways;
+    EXPECT_EQ(mBus.TakeMoves().back(), lastMove);
+    int position = 0;
+    mDriver.GetCurrentWaveSteps(&position);
+    // A failure: nothing of a change.
+    mBus.answers = missing.bit == 0 ? 0 : kPresenceTest;
+    EXPECT_EQ(ThrownBy(command), kFailureCode);
     EXPECT_EQ(log.Take(), (Lines{"busy", "idle"}));
-    mDriver.SaveCurrentWaveSteps(mInstrument.position[0]);
+    mBus.answers = mBus.kAlways;
+    mDriver.SaveCurrentWaveSteps(position);
   }
-  BusyLog log(grating);
-  grating.SetTurret(1);
-  EXPECT_EQ(log.Take(), (Lines{"busy", "idle"})) << "deliberately not told of the change";
-  EXPECT_EQ(ThrownBy([&] { grating.SetTurret(2); }), 1);
 }
 
-TEST_F(SdkComponents, RefuseWhatIsNoIndexAndKeepOutputsOnFailure) {
-  ISpectrographGrating& grating = *mHardware->GetGratingInterface();
-  ISpectrographWavelength& wavelength = *mHardware->GetWavelengthInterface();
-  float low = 180.0F;
-  float high = 0.0F;
+TEST_F(SdkComponents, ATurretIsNotToldAsAChange) {
+  BusyLog log(mGrating);
+  mGrating.SetTurret(0);
+  EXPECT_EQ(log.Take(), (Lines{"busy", "idle"})) << "deliberately";
+  EXPECT_EQ(ThrownBy([&] { mGrating.SetTurret(1); }), kFailureCode);
+  EXPECT_EQ(ThrownBy([&] { mGrating.SetTurret(-1); }), kFailureCode);
+}
+
+TEST_F(SdkComponents, RefuseWhatIsNoIndex) {
+  float value = 0.0F;
   const char* blaze = nullptr;
   for (const int none : {-2, 3, std::numeric_limits<int>::max()}) {
-    EXPECT_EQ(ThrownBy([&] { grating.GetGratingInfo(none, low, blaze, high, high); }), 1);
-    EXPECT_EQ(ThrownBy([&] { grating.GetGratingOffset(none); }), 1);
-    EXPECT_EQ(ThrownBy([&] { wavelength.GetWavelengthLimits(none, low, high); }), 1);
+    EXPECT_EQ(ThrownBy([&] { mGrating.GetGratingInfo(none, value, blaze, value, value); }), kFailureCode) << none;
+    EXPECT_EQ(ThrownBy([&] { mGrating.GetGratingOffset(none); }), kFailureCode) << none;
+    EXPECT_EQ(ThrownBy([&] { mWave.GetWavelengthLimits(none, value, value); }), kFailureCode) << none;
   }
-  EXPECT_EQ(ThrownBy([&] { mHardware->GetSlitInterface(Slit::kSlitPosition0)->GetSlitMode(); }), 1);
-  ISpectrographShutter& shutter = *mHardware->GetShutterInterface();
+  EXPECT_EQ(ThrownBy([&] { mHardware.GetSlitInterface(Slit::kSlitPosition0)->GetSlitMode(); }), kFailureCode);
+}
+
+TEST_F(SdkComponents, KeepWhatSucceededLast) {
+  ISpectrographShutter& shutter = *mHardware.GetShutterInterface();
   shutter.SetExternalShutter(1);
-  mInstrument.answers = 9;
-  EXPECT_EQ(ThrownBy([&] { shutter.SetExternalShutter(0); }), 1);
-  EXPECT_EQ(ThrownBy([&] { mHardware->GetEepromInterface()->GetOpticalParams(low, high, high); }), 1);
-  EXPECT_EQ(low, 180.0F);
-  mInstrument.answers = mInstrument.kAlways;
-  EXPECT_EQ(shutter.GetExternalShutter(), 1) << "what succeeded last";
+  mBus.answers = kPresenceTest;
+  EXPECT_EQ(ThrownBy([&] { shutter.SetExternalShutter(0); }), kFailureCode);
+  float length = 180.0F;
+  float angle = 0.0F;
+  EXPECT_EQ(ThrownBy([&] { mHardware.GetEepromInterface()->GetOpticalParams(length, angle, angle); }), kFailureCode);
+  EXPECT_EQ(length, 180.0F);
+  mBus.answers = mBus.kAlways;
+  EXPECT_EQ(shutter.GetExternalShutter(), 1);
+}
+
+TEST(SdkComponentsWithoutADriver, FailWithoutHarm) {
   TCorvaneX3Hardware driverless(nullptr);
   driverless.Initialise();
-  EXPECT_EQ(ThrownBy([&] { driverless.GetWavelengthInterface()->SetWavelength(1.0F); }), 1);
+  EXPECT_EQ(ThrownBy([&] { driverless.GetWavelengthInterface()->SetWavelength(1.0F); }), kFailureCode);
 }
 
 }  // namespace

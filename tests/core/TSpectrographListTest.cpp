@@ -14,8 +14,8 @@
 #include "legacy/Corvane.h"
 #include "legacy/TCorvaneDetection.h"
 #include "legacy/TCorvaneI2CControl.h"
-#include "support/FakeLegacyInstrument.h"
 #include "support/ScriptedBridge.h"
+#include "support/SimulatedLegacyBus.h"
 #include "support/TemporaryDirectory.h"
 
 namespace {
@@ -64,13 +64,12 @@ TEST(Detection, ComparesFiveRegistersWithoutRegardToCaseUpToTheFirstFailure) {
                         {"tivan", 0, 3, false, 3},
                         {"tivan", 3, 0, false, 1}};
   for (const Case& test : cases) {
-    FakeLegacyInstrument bus;
-    bus.Put(0, 1, test.text);
+    SimulatedLegacyBus bus;
+    bus.Program(0, 1, test.text);
     bus.success = test.status;
     bus.failingTransfer = test.failingTransfer;
-    bus.answers = bus.kAlways;
     EXPECT_EQ(TCorvaneDetection::Detect(&bus), test.detected) << test.text;
-    EXPECT_EQ(bus.kAlways - bus.answers, test.reads) << test.text;
+    EXPECT_EQ(bus.TakeTransfers(), test.reads) << test.text;
   }
 }
 
@@ -83,8 +82,8 @@ class SpectrographList : public testing::Test {
   }
   TemporaryDirectory mDirectory;  // where there is no camera SDK
   ScopedWorkingDirectory mThere{mDirectory.Path()};
-  FakeLegacyInstrument mFirst;
-  FakeLegacyInstrument mSecond;
+  SimulatedLegacyBus mFirst;
+  SimulatedLegacyBus mSecond;
   ScriptedController mController;
   ScriptedBridge mBridge;
   std::unique_ptr<TGlobalControl> mGlobal = std::make_unique<TGlobalControl>(nullptr);
@@ -124,8 +123,8 @@ TEST_F(SpectrographList, CamerasWithAnOlderInstrumentAreListed) {
 }
 
 TEST_F(SpectrographList, OlderInstrumentsComeFirstEachWithItsDriverAndItsCamera) {
-  mFirst.Put(0, 31, "A");
-  mSecond.Put(0, 31, "B");
+  mFirst.Program(0, 31, "A");
+  mSecond.Program(0, 31, "B");
   const ScriptedBridge::Device& device = mBridge.Add(ScriptedBridge::kSxProduct, mController);
   mGlobal->AddController(std::make_unique<FakeCameras>(Buses{nullptr, &mFirst, nullptr, &mSecond}));
   TSpectrographList list(std::make_unique<TCorvaneI2CControl>(std::move(mGlobal)));
@@ -152,7 +151,7 @@ TEST_F(SpectrographList, AnInstrumentIsHomedAndDrivenBackAlone) {
   list.GetDevice(1)->Initialise();
   EXPECT_TRUE(mFirst.TakeMoves().empty());
   EXPECT_EQ(mSecond.TakeMoves().front(), "0+480000h");
-  EXPECT_EQ(mSecond.position[0], list.GetRawCorvane(1)->GetData().ConvertWaveToSteps(703.241F, 1, 0));
+  EXPECT_NEAR(mSecond.State()["wavelength"].get<double>(), 500.0, 0.1);
 }
 
 TEST_F(SpectrographList, AControllerIsBidFarewellAndClosedBeforeTheCamerasGo) {

@@ -5,28 +5,43 @@
 
 #include <cmath>
 #include <functional>
-#include <limits>
-#include <tuple>
+#include <variant>
 
-#include "support/FakeLegacyInstrument.h"
+#include "support/SimulatedLegacyBus.h"
 #include "support/TemporaryDirectory.h"
 
 namespace {
 
 using Texts = std::vector<std::string>;
+using Operation = std::function<unsigned int(Corvane&)>;
+using corvane::kFilterMotor;
 using corvane::kWaveMotor;
 
+constexpr int kPlain = static_cast<int>(corvane::MoveMode::kPlain);
+constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+/// Transfers of a move: the version and the status register to see the motor stand, then the order.
+constexpr int kOneMove = 3;
+
 const Texts kNothing;
-const Texts kHoming{"0+480000h", "0+1000", "0-5000e", "0+3000h", "0+10", "0-2000e"};
+const Texts kCoarseHole{"0+480000h", "0+1000", "0-5000e"};
+const Texts kFineHole{"0+3000h", "0+10", "0-2000e"};
+
+/// Two turrets, and moves that end at once.
+corvane::sim::LegacyDescription Described() {
+  corvane::sim::LegacyDescription description = corvane::sim::DefaultLegacy();
+  description.record.turrets.push_back(description.record.turrets.front());
+  description.motion = 0;
+  return description;
+}
 
 class CorvaneTest : public testing::Test {
  protected:
-  /// Loads the record and puts the wave drive at a position.
+  /// Loads the record and takes the wave drive to be at a position.
   void Load(int position = 0) {
     ASSERT_EQ(mDriver.ReadSpectCfg(nullptr), Corvane::kSuccess);
     mDriver.SaveCurrentWaveSteps(position);
-    mInstrument.position[0] = position;
-    mInstrument.TakeStatus();
+    mBus.TakeStatus();
+    mBus.TakeMoves();
   }
   int Steps() {
     int steps = 0;
@@ -34,256 +49,198 @@ class CorvaneTest : public testing::Test {
     return steps;
   }
 
-  FakeLegacyInstrument mInstrument;
-  Corvane mDriver{&mInstrument, false};
+  SimulatedLegacyBus mBus{Described()};
+  Corvane mDriver{&mBus, false};
 };
 
 TEST_F(CorvaneTest, WaveDriveGoesTheShortWayAndEndsForward) {
-  using Case = std::tuple<int, int, Texts>;
-  const Case cases[] = {{1000, 100, {"0+100"}},
-                        {1000, -100, {"0-2100", "0+2000"}},
-                        {470000, -460000, {"0+20000"}},
-                        {10000, 460000, {"0-22000", "0+2000"}},
-                        {0, 240000, {"0+240000"}},
-                        {1000, 10, {"0+10"}},
-                        {1000, 25, {"0+10", "0+10", "0+5"}},
-                        {1000, 30, {"0+30"}},
-                        {1000, 0, kNothing}};
+  const struct {
+    int from;
+    int distance;
+    Texts moves;
+  } cases[] = {
+      {1000, 100, {"0+100"}},
+      {1000, -100, {"0-2100", "0+2000"}},
+      {470000, -460000, {"0+20000"}},
+      {10000, 460000, {"0-22000", "0+2000"}},
+      {0, 240000, {"0+240000"}},
+      {1000, 10, {"0+10"}},
+      {1000, 25, {"0+10", "0+10", "0+5"}},
+      {1000, 30, {"0+30"}},
+      {1000, 0, kNothing},
+  };
   for (const auto& [from, distance, moves] : cases) {
-    Load(from);
+    SCOPED_TRACE(std::to_string(from) + " by " + std::to_string(distance));
+    Load();
     ASSERT_EQ(mDriver.ModifyDetectorOffset(0), Corvane::kSuccess);
     mDriver.SaveCurrentWaveSteps(from);
-    mInstrument.TakeMoves();
-    const std::uint64_t before = mInstrument.time.Slept();
+    mBus.TakeMoves();
+    const std::uint64_t before = mBus.time.Slept();
     EXPECT_EQ(mDriver.ModifyDetectorOffset(distance), Corvane::kSuccess);
-    EXPECT_EQ(mInstrument.TakeMoves(), moves) << from << ' ' << distance;
+    EXPECT_EQ(mBus.TakeMoves(), moves);
     EXPECT_EQ(Steps(), from + distance);
-    EXPECT_EQ(mInstrument.time.Slept() - before >= 250'000U, moves.size() == 2) << "a pause before it turns round";
+    EXPECT_EQ(mBus.time.Slept() - before >= 250'000U, moves.size() == 2) << "a pause before it turns round";
   }
 }
 
 TEST_F(CorvaneTest, SplitMoveIsDecidedByItsRemainder) {
   Load();
-  using Case = std::tuple<int, int, int, unsigned int, Texts>;
-  const Case cases[] = {{kWaveMotor, 25, 1, 0, {"0+10", "0+5"}},
-                        {kWaveMotor, 25, 3, 1, {"0+10", "0+10", "0+5"}},
-                        {kWaveMotor, 20, 1, 1, {"0+10"}},
-                        {kWaveMotor, 9, 1, 1, {"0+9"}},
-                        {kWaveMotor, 0, 0, 1, kNothing},
-                        {kWaveMotor, -5, 0, 1, kNothing},
-                        {corvane::kFilterMotor, 25, 0, 0, {"2+25"}},
-                        {5, 5, 0, 1, kNothing},
-                        {-1, 5, 0, 1, kNothing}};
-  for (const auto& [motor, steps, failing, result, moves] : cases) {
-    mInstrument.failingMove = failing;
-    EXPECT_EQ(mDriver.Pulse(motor, steps, 0), result) << steps;
-    EXPECT_EQ(mInstrument.TakeMoves(), moves);
+  const struct {
+    int motor;
+    int steps;
+    int mode;
+    int failingMove;
+    unsigned int result;
+    Texts moves;
+  } cases[] = {
+      {kWaveMotor, 25, kPlain, 1, Corvane::kSuccess, {"0+10", "0+5"}},
+      {kWaveMotor, 25, kPlain, 3, Corvane::kFailure, {"0+10", "0+10", "0+5"}},
+      {kWaveMotor, 20, kPlain, 1, Corvane::kFailure, {"0+10"}},
+      {kWaveMotor, 9, kPlain, 1, Corvane::kFailure, {"0+9"}},
+      {kWaveMotor, 0, kPlain, 0, Corvane::kFailure, kNothing},
+      {kWaveMotor, -5, kPlain, 0, Corvane::kFailure, kNothing},
+      {kFilterMotor, 25, kPlain, 0, Corvane::kSuccess, {"2+25"}},
+      {5, 5, kPlain, 0, Corvane::kFailure, kNothing},
+      {-1, 5, kPlain, 0, Corvane::kFailure, kNothing},
+      {kWaveMotor, 5, 3, 0, Corvane::kFailure, kNothing},
+      {kWaveMotor, 5, -1, 0, Corvane::kFailure, kNothing},
+  };
+  mDriver.SetDirection(kFilterMotor, true);
+  mDriver.SetDirection(kWaveMotor, true);
+  for (const auto& [motor, steps, mode, failingMove, result, moves] : cases) {
+    SCOPED_TRACE(std::to_string(motor) + " by " + std::to_string(steps) + " in mode " + std::to_string(mode));
+    mBus.failingMove = failingMove;
+    EXPECT_EQ(mDriver.Pulse(motor, steps, mode), result);
+    EXPECT_EQ(mBus.TakeMoves(), moves);
   }
-  EXPECT_EQ(mDriver.Pulse(kWaveMotor, 5, 3) + mDriver.Pulse(kWaveMotor, 5, -1), 2U);
 }
 
 TEST_F(CorvaneTest, SetGratingKeepsTheWavelengthAndAMirrorGoesToZeroOrder) {
-  mInstrument.Put(1, 230, "MIRR");
+  mBus.Program(1, 230, "MIRR");
   Load();
-  ASSERT_EQ(mDriver.SetWavelength(500.0F), 0U);
+  ASSERT_EQ(mDriver.SetWavelength(500.0F), Corvane::kSuccess);
   float nm = 0.0F;
   mDriver.GetWavelength(&nm);
   // A failed move is reported, but the rest goes on: the drive has been sent to the new grating.
-  mInstrument.failingMove = 1;
+  mBus.failingMove = 1;
   EXPECT_EQ(mDriver.SetGrating(2), Corvane::kFailure);
   EXPECT_EQ(Steps(), mDriver.GetData().ConvertWaveToSteps(nm, 2, 0));
-  ASSERT_EQ(mDriver.SetGrating(3), 0U);
+
+  ASSERT_EQ(mDriver.SetGrating(3), Corvane::kSuccess);
   EXPECT_EQ(Steps(), 320000 + 192);
   int grating = 0;
   mDriver.GetGrating(&grating);
   EXPECT_EQ(grating, 3);
-  ASSERT_EQ(mDriver.SetMirrorPosition(false), 0U);  // port 1 has an offset of 0
-  ASSERT_EQ(mDriver.GotoZeroOrder(1), 0U);
-  EXPECT_EQ(Steps(), 1);
+
+  ASSERT_EQ(mDriver.SetMirrorPosition(false), Corvane::kSuccess);
+  ASSERT_EQ(mDriver.GotoZeroOrder(1), Corvane::kSuccess);
+  EXPECT_EQ(Steps(), 1) << "port 1 has an offset of 0";
 }
 
-TEST_F(CorvaneTest, AStuckMotorIsWaitedForAndADeadBusIsNot) {
+TEST_F(CorvaneTest, ADriveThatGotLostIsHomedBeforeItMoves) {
   Load(1000);
-  mInstrument.busyPolls = 100000;
-  EXPECT_EQ(mDriver.SetWavelength(500.0F), Corvane::kSuccess);
-  EXPECT_GE(mInstrument.time.Slept(), 100000U * 10'000U);
-
-  mInstrument.busyPolls = 2;
-  const std::uint64_t before = mInstrument.time.Slept();
-  mInstrument.answers = 8;  // the move itself is taken
+  const std::uint64_t before = mBus.time.Slept();
+  mBus.answers = kOneMove;
   EXPECT_EQ(mDriver.SetWavelength(600.0F), Corvane::kFailure);
-  EXPECT_LT(mInstrument.time.Slept() - before, 10'000'000U);
-  // Nobody knows where it stands now, so it is homed first.
-  mInstrument.answers = mInstrument.kAlways;
-  mInstrument.TakeMoves();
+  EXPECT_LT(mBus.time.Slept() - before, 10'000'000U) << "a dead bus is given up";
   EXPECT_EQ(Steps(), Corvane::kNoStepPosition);
+
+  mBus.answers = mBus.kAlways;
+  mBus.TakeMoves();
   EXPECT_EQ(mDriver.SetWavelength(600.0F), Corvane::kSuccess);
-  Texts moves = kHoming;
+  Texts moves = kCoarseHole;
+  moves.insert(moves.end(), kFineHole.begin(), kFineHole.end());
   moves.push_back("0+" + std::to_string(mDriver.GetData().ConvertWaveToSteps(600.0F, 1, 0)));
-  EXPECT_EQ(mInstrument.TakeMoves(), moves);
+  EXPECT_EQ(mBus.TakeMoves(), moves);
+
   EXPECT_EQ(mDriver.ResetWavelength(false), Corvane::kSuccess);
-  EXPECT_EQ(mInstrument.TakeMoves(), Texts(kHoming.begin() + 3, kHoming.end()));
+  EXPECT_EQ(mBus.TakeMoves(), kFineHole);
   EXPECT_EQ(Steps(), 0);
-  mInstrument.Put(1, 16, 20000);  // the drive's highest position
-  Load();
-  EXPECT_EQ(mDriver.SetWavelength(1000.0F), Corvane::kFailure);
-  EXPECT_EQ(mDriver.SetWavelength(NAN), Corvane::kBeyondLimits);
-  EXPECT_EQ(mInstrument.TakeMoves(), kNothing);
 }
 
-TEST_F(CorvaneTest, PresenceIsReadTwiceAndOutputsAreResetInOrder) {
-  Load();
-  mInstrument.fpga = 23;
-  mInstrument.status[129] = 0xFD;
-  EXPECT_TRUE(mDriver.DeviceExists(Corvane::kInputSlit));
-  EXPECT_EQ(mInstrument.TakeStatus(), (Texts{"129?", "129?", "0=0", "0=128", "0=160"}));
-  mInstrument.failingTransfer = 3;  // the second read
-  EXPECT_FALSE(mDriver.DeviceExists(Corvane::kInputSlit));
-  mInstrument.TakeStatus();
-  mInstrument.fpga = 22;
-  mInstrument.status[129] = 0x02;
-  EXPECT_FALSE(mDriver.DeviceExists(Corvane::kInputSlit));
-  EXPECT_EQ(mInstrument.TakeStatus(), (Texts{">129", "129?", "129?", "0=0", "0=128", "0=160"}));
-  EXPECT_FALSE(mDriver.DeviceExists(Corvane::kFocusMirror) || mDriver.DeviceExists(-1) || mDriver.DeviceExists(7));
+TEST_F(CorvaneTest, AWavelengthOutOfReachMovesNothing) {
+  const std::int32_t highest = 20000;
+  mBus.Program(1, 16, {reinterpret_cast<const char*>(&highest), sizeof(highest)});
+  Load(1000);
+  EXPECT_EQ(mDriver.SetWavelength(1000.0F), Corvane::kFailure) << "above the drive's highest position";
+  EXPECT_EQ(mDriver.SetWavelength(kNoNumber), Corvane::kBeyondLimits);
+  EXPECT_EQ(mDriver.SetWavelength(-0.01F), Corvane::kBeyondLimits);
+  EXPECT_EQ(mBus.TakeMoves(), kNothing);
+}
 
-  mInstrument.fpga = 25;
-  EXPECT_EQ(mDriver.SetAccessoryState(2, true) + mDriver.SetShutter(1), 0U);
+TEST(CorvaneStuckMotor, IsWaitedForWithoutALimit) {
+  corvane::sim::LegacyDescription description = Described();
+  description.faults.push_back({.motor = corvane::sim::kSlitMotor, .milliseconds = 1e6});
+  SimulatedLegacyBus bus(description);
+  Corvane driver(&bus, false);
+  ASSERT_EQ(driver.ReadSpectCfg(nullptr), Corvane::kSuccess);
+  EXPECT_EQ(driver.SetSlit(0, 1000.0F), Corvane::kSuccess);
+  EXPECT_GE(bus.time.Slept(), 1'000'000'000U);
+}
+
+TEST_F(CorvaneTest, PresenceIsReadTwiceAndDropsTheOutputs) {
+  Load();
+  mBus.tamper = [](std::uint8_t, std::uint8_t& value) { value = 0xFD; };
+  EXPECT_TRUE(mDriver.DeviceExists(Corvane::kInputSlit)) << "no bit but its own counts";
+  EXPECT_EQ(mBus.TakeStatus(), (Texts{"129?", "129?", "0=0", "0=128", "0=160"}));
+  mBus.failingTransfer = 3;
+  EXPECT_FALSE(mDriver.DeviceExists(Corvane::kInputSlit)) << "the second read failed";
+  for (const int none : {static_cast<int>(Corvane::kFocusMirror), -1, 7}) {
+    EXPECT_FALSE(mDriver.DeviceExists(none)) << none;
+  }
+
+  mBus.tamper = nullptr;
+  EXPECT_EQ(mDriver.SetAccessoryState(2, true), Corvane::kSuccess);
+  EXPECT_EQ(mDriver.SetShutter(1), Corvane::kSuccess);
+  mBus.TakeStatus();
   EXPECT_TRUE(mDriver.DeviceExists(Corvane::kAccessory));
-  EXPECT_EQ(mInstrument.TakeStatus(), (Texts{"0=2", "0=6", "1?", "1?"})) << "The accessory's leaves them alone.";
-  bool state = true;
+  EXPECT_EQ(mBus.TakeStatus(), (Texts{"1?", "1?"})) << "this one leaves the outputs alone";
+  bool state = false;
+  mDriver.GetAccessoryState(2, state);
+  EXPECT_TRUE(state);
   mDriver.DeviceExists(Corvane::kShutter);
   mDriver.GetAccessoryState(2, state);
   EXPECT_FALSE(state);
-  mInstrument.TakeStatus();
-  EXPECT_EQ(mDriver.Execute(Corvane::kOutputTask), 0U);
-  EXPECT_EQ(mInstrument.TakeStatus(), (Texts{"0=0", "0=128", "0=160", "0=64", "0=96"}));
-  mInstrument.answers = 4;  // the third line's byte is lost
-  EXPECT_EQ(mDriver.Execute(Corvane::kOutputTask), 1U);
-  EXPECT_EQ(mInstrument.TakeStatus(), (Texts{"0=0", "0=128"}));
-  EXPECT_EQ(mDriver.SendData(5) + mDriver.SendData(-1), 2U);
+}
+
+TEST(CorvaneFirstGeneration, SelectsAStatusRegisterBeforeItIsRead) {
+  corvane::sim::LegacyDescription description = Described();
+  description.fpga = 22;
+  description.parts.slit = false;
+  SimulatedLegacyBus bus(description);
+  Corvane driver(&bus, true);
+  EXPECT_FALSE(driver.DeviceExists(Corvane::kInputSlit));
+  EXPECT_EQ(bus.TakeStatus(), (Texts{">129", "129?", "129?", "0=0", "0=128", "0=160"}));
+}
+
+TEST_F(CorvaneTest, OutputsAreResetInTheirOrderUpToTheFirstFailure) {
+  Load();
+  EXPECT_EQ(mDriver.Execute(Corvane::kOutputTask), Corvane::kSuccess);
+  EXPECT_EQ(mBus.TakeStatus(), (Texts{"0=0", "0=128", "0=160", "0=64", "0=96"}));
+  mBus.failingTransfer = 6;  // each line asks for the version first
+  EXPECT_EQ(mDriver.Execute(Corvane::kOutputTask), Corvane::kFailure);
+  EXPECT_EQ(mBus.TakeStatus(), (Texts{"0=0", "0=128"}));
 }
 
 TEST_F(CorvaneTest, ADataFileStandsInForNoRecordButNotForANewer) {
   const TemporaryDirectory directory;
   const ScopedWorkingDirectory there(directory.Path());
   directory.Write("spectrograph.ini", "[wave]\nTURRET=2\n");
-  const auto read = [this](const char* path) {
-    Corvane driver(&mInstrument, false);
-    const unsigned int result = driver.ReadSpectCfg(path);
+  const auto expect = [this](const char* path, unsigned int result) {
+    Corvane driver(&mBus, false);
+    EXPECT_EQ(driver.ReadSpectCfg(path), result);
     int turret = 0;
-    EXPECT_EQ(driver.GetTurret(turret), result == 0U ? 0U : Corvane::kNoData);
-    EXPECT_EQ(turret, result == 0U ? 2 : 0);
-    EXPECT_EQ(driver.GotoZeroOrder(1), result == 0U ? 0U : Corvane::kNoData);
-    return result;
+    EXPECT_EQ(driver.GetTurret(turret), result == Corvane::kSuccess ? Corvane::kSuccess : Corvane::kNoData);
+    EXPECT_EQ(turret, result == Corvane::kSuccess ? 2 : 0);
+    EXPECT_EQ(driver.GotoZeroOrder(1), result == Corvane::kSuccess ? Corvane::kSuccess : Corvane::kNoData);
   };
-  mInstrument.Put(0, 21, "4");
-  EXPECT_EQ(read(nullptr), Corvane::kBeyondLimits);
-  mInstrument.Put(0, 0, "\xFF");
-  EXPECT_EQ(read(nullptr), Corvane::kSuccess);
-  EXPECT_EQ(read("none.ini"), Corvane::kFailure);
-  EXPECT_EQ(mInstrument.writes, 0);
-}
-
-TEST_F(CorvaneTest, PartsMoveTheirMotorAndStoreWhereTheyStand) {
-  using Operation = std::function<unsigned int(Corvane&)>;
-  const std::tuple<const char*, Operation, unsigned int, Texts, std::size_t, std::size_t, float> cases[] = {
-      // 25 um lie at step -74 of the fresh calibration, 1000 um at 318.
-      {"slit", [](auto& d) { return d.SetSlit(0, 1000.0F); }, 0, {"1+392"}, 0, 79, 1000.0F},
-      {"slit closes", [](auto& d) { return d.SetSlit(0, 10.0F); }, 0, {"1-398"}, 0, 79, 10.0F},
-      {"slit below its stop", [](auto& d) { return d.SetSlit(0, 5.0F); }, 1, kNothing, 0, 79, 10.0F},
-      {"not a width", [](auto& d) { return d.SetSlit(0, NAN); }, 1, kNothing, 0, 79, 10.0F},
-      {"output slit", [](auto& d) { return d.SetSlit(1, 1000.0F); }, 0, {"4+392"}, 0, 99, 1000.0F},
-      {"slit reset", [](auto& d) { return d.ResetSlit(0, true); }, 0, {"1-4880", "1+100", "1-100"}, 0, 79, 10.0F},
-      {"filter", [](auto& d) { return d.SetFilter(6) + d.SetFilter(2); }, 0, {"2+4000", "2+1600"}, 0, 83, 2},
-      {"mirror", [](auto& d) { return d.SetMirrorPosition(false); }, 0, {"3+80"}, 0, 87, 1},
-      {"mirror there", [](auto& d) { return d.SetMirrorPosition(false); }, 0, {"3+80"}, 0, 87, 1},
-      {"mirror reset", [](auto& d) { return d.ResetMirror(); }, 0, {"3-80"}, 0, 87, 0},
-      {"other port", [](auto& d) { return d.ModifyDetectorOffset(0, 1, 77); }, 0, kNothing, 1, 226, 77},
-      {"port in use", [](auto& d) { return d.ModifyDetectorOffset(0, 0, 292); }, 0, {"0+100"}, 1, 70, 292},
-      {"grating in use", [](auto& d) { return d.ModifyGratingOffset(0, 50); }, 0, {"0+50"}, 1, 46, 50},
-      {"second turret", [](auto& d) { return d.SetTurret(2) + d.ModifyGratingOffset(2, 8); }, 0, kNothing, 2, 161, 8},
-      {"equal widths", [](auto& d) { return d.WriteSlitCoefficients(1, 5, 3, 5); }, 1, kNothing, 2, 24, 10},
-      {"coefficients", [](auto& d) { return d.WriteSlitCoefficients(1, 2, 3, 5); }, 0, kNothing, 2, 32, 5},
-  };
-  Load(1000);
-  for (const auto& [what, operation, result, moves, page, offset, stored] : cases) {
-    SCOPED_TRACE(what);
-    EXPECT_EQ(operation(mDriver), result);
-    EXPECT_EQ(mInstrument.TakeMoves(), moves);
-    const bool isFloat = offset == 79 || offset == 99;
-    EXPECT_EQ(isFloat ? mInstrument.Number<float>(page, offset) : float(mInstrument.Number<int>(page, offset)), stored);
-  }
-  // Memory keeps what could not be stored.
-  int steps = 0;
-  mInstrument.answers = 8;
-  EXPECT_EQ(mDriver.ModifyDetectorOffset(0, 1, 5), Corvane::kFailure);
-  EXPECT_EQ(mDriver.GetDetectorOffset(0, 1, &steps), 0U);
-  EXPECT_EQ(steps, 5);
-}
-
-TEST_F(CorvaneTest, FilterWheelIsFoundByItsSensorAndItsLabelsStayInTheirFields) {
-  Load();
-  for (const auto& [width, start] : {std::pair{800, 0}, {800, 2437}, {60, 0}, {60, 2437}}) {
-    mInstrument.sensorWidth = width;
-    mInstrument.position[2] = start;
-    EXPECT_EQ(mDriver.ResetFilter(), Corvane::kSuccess);
-    EXPECT_NEAR(std::remainder(mInstrument.position[2], 4800.0), 0.0, 40.0) << width << ' ' << start;
-  }
-  int filter = 0;
-  for (const int width : {-1, 9600}) {  // a sensor that shows filter 1 never or always
-    mInstrument.sensorWidth = width;
-    EXPECT_EQ(mDriver.ResetFilter(), Corvane::kFailure);
-    EXPECT_EQ(mDriver.GetFilter(&filter) + mDriver.SetFilter(1), 2 * Corvane::kFailure);
-  }
-
-  char text[12] = "###########";
-  EXPECT_EQ(mDriver.SetFilterInfo(6, "0123456789") + mDriver.GetFilterInfo(6, text, 5), 0U);
-  EXPECT_STREQ(text, "0123");
-  mDriver.GetFilterInfo(6, text, 12);
-  EXPECT_STREQ(text, "012345678");
-  EXPECT_EQ(mDriver.GetFilterInfo(7, text, 12) + mDriver.SetFilterInfo(0, "x"), 2U);
-}
-
-TEST_F(CorvaneTest, AFailedMoveLeavesNoPlaceUntilTheResetAndStoresNone) {
-  Load();
-  ASSERT_EQ(mDriver.ResetFilter(), Corvane::kSuccess);
-  const int filterMoves = static_cast<int>(mInstrument.TakeMoves().size());
-  float width = 0.0F;
-  int number = 0;
-  const struct {
-    std::function<unsigned int(Corvane&)> move;
-    std::function<unsigned int(Corvane&)> reset;
-    std::function<unsigned int(Corvane&)> ask;
-    int resetMoves;
-  } cases[] = {
-      {[](auto& d) { return d.SetSlit(0, 1000.0F); }, [](auto& d) { return d.ResetSlit(0, true); },
-       [&](auto& d) { return d.GetSlit(0, &width); }, 3},
-      {[](auto& d) { return d.SetSlit(1, 1000.0F); }, [](auto& d) { return d.ResetSlit(1, false); },
-       [&](auto& d) { return d.GetCurrentSlitSteps(1, &number); }, 1},
-      {[](auto& d) { return d.SetFilter(3); }, [](auto& d) { return d.ResetFilter(); },
-       [&](auto& d) { return d.GetFilter(&number); }, filterMoves},
-  };
-  for (const auto& [move, reset, ask, resetMoves] : cases) {
-    for (const bool deadBus : {false, true}) {
-      mInstrument.writes = 0;
-      mInstrument.failingMove = deadBus ? 0 : 1;
-      mInstrument.answers = deadBus ? 3 : std::numeric_limits<int>::max();  // the move itself is taken
-      EXPECT_EQ(move(mDriver), Corvane::kFailure);
-      mInstrument.answers = std::numeric_limits<int>::max();
-      EXPECT_EQ(mInstrument.TakeMoves().size(), 1U);
-      EXPECT_EQ(ask(mDriver), Corvane::kFailure);
-      EXPECT_EQ(move(mDriver), Corvane::kFailure);
-      EXPECT_EQ(mInstrument.TakeMoves(), kNothing) << "from nowhere to nowhere";
-      mInstrument.position = {};
-      mInstrument.failingMove = resetMoves;
-      EXPECT_EQ(reset(mDriver), Corvane::kFailure);
-      EXPECT_EQ(ask(mDriver), Corvane::kFailure);
-      EXPECT_EQ(mInstrument.writes, 0);
-      EXPECT_EQ(reset(mDriver), Corvane::kSuccess);
-      EXPECT_EQ(ask(mDriver), Corvane::kSuccess);
-      mInstrument.TakeMoves();
-    }
-  }
+  mBus.Program(0, 21, "4");
+  const auto programmed = mBus.Writes();
+  expect(nullptr, Corvane::kBeyondLimits);
+  mBus.Program(0, 0, "\xFF");
+  expect(nullptr, Corvane::kSuccess);
+  expect("none.ini", Corvane::kFailure);
+  EXPECT_EQ(mBus.Writes(), programmed + 1);
 }
 
 TEST_F(CorvaneTest, ADataFileTakesNothingFromAnEepromThatWasReadInPart) {
@@ -292,11 +249,189 @@ TEST_F(CorvaneTest, ADataFileTakesNothingFromAnEepromThatWasReadInPart) {
   directory.Write("spectrograph.ini", "[General]\nSVERNO=1.0\n");
   Load();
   ASSERT_EQ(mDriver.ModifyDetectorOffset(0, 1, 77), Corvane::kSuccess);
-  Corvane driver(&mInstrument, false);
-  mInstrument.answers = 500;  // into the slits' page
+  Corvane driver(&mBus, false);
+  mBus.answers = 500;  // into the slits' page
   ASSERT_EQ(driver.ReadSpectCfg(nullptr), Corvane::kSuccess);
   EXPECT_TRUE(driver.GetData().values.loadedFromFile);
   EXPECT_EQ(driver.GetData().values.detectorOffset[1], 0) << "a key since 1.4";
+}
+
+TEST_F(CorvaneTest, PartsMoveTheirMotorAndStoreWhereTheyStand) {
+  constexpr auto kDone = Corvane::kSuccess;
+  constexpr auto kRefused = Corvane::kFailure;
+  const struct {
+    const char* what;
+    Operation operation;
+    unsigned int result;
+    Texts moves;
+    int page;
+    int offset;
+    std::variant<float, std::int32_t> stored;
+  } cases[] = {
+      // 25 um lie at step -74 of the calibration, 1000 um at 318.
+      {"slit", [](auto& d) { return d.SetSlit(0, 1000.0F); }, kDone, {"1+392"}, 0, 79, 1000.0F},
+      {"slit closes", [](auto& d) { return d.SetSlit(0, 10.0F); }, kDone, {"1-398"}, 0, 79, 10.0F},
+      {"slit below its stop", [](auto& d) { return d.SetSlit(0, 5.0F); }, kRefused, kNothing, 0, 79, 10.0F},
+      {"not a width", [](auto& d) { return d.SetSlit(0, kNoNumber); }, kRefused, kNothing, 0, 79, 10.0F},
+      {"output slit", [](auto& d) { return d.SetSlit(1, 1000.0F); }, kDone, {"4+392"}, 0, 99, 1000.0F},
+      {"slit reset", [](auto& d) { return d.ResetSlit(0, true); }, kDone, {"1-4880", "1+100", "1-100"}, 0, 79, 10.0F},
+      {"filter", [](auto& d) { return d.SetFilter(6); }, kDone, {"2+4000"}, 0, 83, 6},
+      {"filter over the end", [](auto& d) { return d.SetFilter(2); }, kDone, {"2+1600"}, 0, 83, 2},
+      {"mirror", [](auto& d) { return d.SetMirrorPosition(false); }, kDone, {"3+80"}, 0, 87, 1},
+      {"mirror there", [](auto& d) { return d.SetMirrorPosition(false); }, kDone, {"3+80"}, 0, 87, 1},
+      {"mirror reset", [](auto& d) { return d.ResetMirror(); }, kDone, {"3-80"}, 0, 87, 0},
+      {"other port", [](auto& d) { return d.ModifyDetectorOffset(0, 1, 77); }, kDone, kNothing, 1, 226, 77},
+      {"port in use", [](auto& d) { return d.ModifyDetectorOffset(0, 0, 292); }, kDone, {"0+100"}, 1, 70, 292},
+      {"grating in use", [](auto& d) { return d.ModifyGratingOffset(0, 50); }, kDone, {"0+50"}, 1, 46, 50},
+      {"turret", [](auto& d) { return d.SetTurret(2); }, kDone, kNothing, 2, 161, 0},
+      {"its third grating", [](auto& d) { return d.ModifyGratingOffset(2, 8); }, kDone, kNothing, 2, 161, 8},
+      {"equal widths", [](auto& d) { return d.WriteSlitCoefficients(1, 5, 3, 5); }, kRefused, kNothing, 2, 24, 10},
+      {"coefficients", [](auto& d) { return d.WriteSlitCoefficients(1, 2, 3, 5); }, kDone, kNothing, 2, 32, 5},
+  };
+  Load(1000);
+  for (const auto& [what, operation, result, moves, page, offset, stored] : cases) {
+    SCOPED_TRACE(what);
+    EXPECT_EQ(operation(mDriver), result);
+    EXPECT_EQ(mBus.TakeMoves(), moves);
+    std::visit([&](auto number) { EXPECT_EQ(mBus.Stored<decltype(number)>(page, offset), number); }, stored);
+  }
+}
+
+TEST_F(CorvaneTest, NumbersOutsideTheirLimitsAreRefusedOnBothSides) {
+  Load(1000);
+  char text[2] = "";
+  int number = 0;
+  bool state = false;
+  float value = 0.0F;
+  const char* blaze = nullptr;
+  const struct {
+    const char* what;
+    std::function<unsigned int(int)> operation;
+    int least;
+    int most;
+  } cases[] = {
+      {"line of output", [&](int n) { return mDriver.SendData(n); }, 0, 4},
+      {"slit", [&](int n) { return mDriver.SetSlit(n, 100.0F); }, 0, 1},
+      {"slit asked for", [&](int n) { return mDriver.GetSlit(n, &value); }, 0, 1},
+      {"slit reset", [&](int n) { return mDriver.ResetSlit(n, false); }, 0, 1},
+      {"filter", [&](int n) { return mDriver.SetFilter(n); }, 1, 6},
+      {"filter's label", [&](int n) { return mDriver.GetFilterInfo(n, text, 2); }, 1, 6},
+      {"filter labelled", [&](int n) { return mDriver.SetFilterInfo(n, "x"); }, 1, 6},
+      {"shutter", [&](int n) { return mDriver.SetShutter(n); }, 0, 1},
+      {"accessory line", [&](int n) { return mDriver.SetAccessoryState(n, true); }, 1, 2},
+      {"accessory line asked for", [&](int n) { return mDriver.GetAccessoryState(n, state); }, 1, 2},
+      {"grating", [&](int n) { return mDriver.SetGrating(n); }, 1, 3},
+      {"grating's limits", [&](int n) { return mDriver.GetWavelengthLimits(n, &value, &value); }, 1, 3},
+      {"turret", [&](int n) { return mDriver.SetTurret(n); }, 1, 2},
+      {"exit", [&](int n) { return mDriver.ModifyDetectorOffset(0, n, 7); }, 0, 1},
+      {"exit asked for", [&](int n) { return mDriver.GetDetectorOffset(0, n, &number); }, 0, 1},
+      {"entrance", [&](int n) { return mDriver.GetDetectorOffset(n, 0, &number); }, 0, 0},
+  };
+  for (const auto& [what, operation, least, most] : cases) {
+    // -1 stands for the grating in use where limits are asked for.
+    EXPECT_EQ(operation(least == 1 ? 0 : -1), Corvane::kFailure) << what;
+    EXPECT_EQ(operation(least), Corvane::kSuccess) << what;
+    EXPECT_EQ(operation(most), Corvane::kSuccess) << what;
+    EXPECT_EQ(operation(most + 1), Corvane::kFailure) << what;
+  }
+  // Components count gratings from 0; below it there is none.
+  for (const int none : {-1, 3}) {
+    EXPECT_EQ(mDriver.ModifyGratingOffset(none, 7), Corvane::kFailure) << none;
+    EXPECT_EQ(mDriver.GetGratingInfoEx(none, &value, &blaze, &value, &value), Corvane::kFailure) << none;
+  }
+}
+
+TEST_F(CorvaneTest, MemoryKeepsWhatCouldNotBeStored) {
+  Load();
+  mBus.answers = 2;
+  EXPECT_EQ(mDriver.ModifyDetectorOffset(0, 1, 5), Corvane::kFailure);
+  int offset = 0;
+  EXPECT_EQ(mDriver.GetDetectorOffset(0, 1, &offset), Corvane::kSuccess);
+  EXPECT_EQ(offset, 5);
+}
+
+TEST_F(CorvaneTest, FilterWheelIsFoundByItsSensor) {
+  constexpr int kTurn = 4800;
+  constexpr int kBeforeFilter = 160;
+  Load();
+  // How far around its place the sensor shows filter 1: as instruments have it, and so little that sixths of a turn
+  // step over it.
+  for (const int width : {800, 60}) {
+    mBus.tamper = [&, width](std::uint8_t reg, std::uint8_t& value) {
+      const double fromMiddle = std::remainder(mBus.Position(kFilterMotor) + kBeforeFilter, double{kTurn});
+      if (reg == 64) {
+        value = std::abs(fromMiddle) * 2 <= width ? 4 : 10;
+      }
+    };
+    for (const int turned : {0, 2437}) {
+      SCOPED_TRACE(std::to_string(width) + " turned by " + std::to_string(turned));
+      mDriver.SetDirection(kFilterMotor, true);
+      mDriver.Pulse(kFilterMotor, turned, kPlain);
+      EXPECT_EQ(mDriver.ResetFilter(), Corvane::kSuccess);
+      EXPECT_NEAR(std::remainder(mBus.Position(kFilterMotor), double{kTurn}), 0.0, 40.0);
+    }
+  }
+  int filter = 0;
+  for (const std::uint8_t stuck : {std::uint8_t{4}, std::uint8_t{10}}) {
+    SCOPED_TRACE(stuck == 4 ? "always filter 1" : "never filter 1");
+    mBus.tamper = [stuck](std::uint8_t, std::uint8_t& value) { value = stuck; };
+    EXPECT_EQ(mDriver.ResetFilter(), Corvane::kFailure);
+    EXPECT_EQ(mDriver.GetFilter(&filter), Corvane::kFailure);
+    EXPECT_EQ(mDriver.SetFilter(1), Corvane::kFailure);
+  }
+}
+
+TEST_F(CorvaneTest, FilterLabelsStayInTheirFields) {
+  Load();
+  char text[12] = "###########";
+  EXPECT_EQ(mDriver.SetFilterInfo(6, "0123456789"), Corvane::kSuccess);
+  EXPECT_EQ(mDriver.GetFilterInfo(6, text, 5), Corvane::kSuccess);
+  EXPECT_STREQ(text, "0123");
+  mDriver.GetFilterInfo(6, text, sizeof(text));
+  EXPECT_STREQ(text, "012345678");
+}
+
+TEST_F(CorvaneTest, AFailedMoveLeavesNoPlaceUntilTheResetAndStoresNone) {
+  Load();
+  ASSERT_EQ(mDriver.ResetFilter(), Corvane::kSuccess);
+  const int filterMoves = static_cast<int>(mBus.TakeMoves().size());
+  float width = 0.0F;
+  int number = 0;
+  const struct {
+    const char* what;
+    Operation move;
+    Operation reset;
+    Operation ask;
+    int resetMoves;
+  } cases[] = {
+      {"input slit", [](auto& d) { return d.SetSlit(0, 1000.0F); }, [](auto& d) { return d.ResetSlit(0, true); },
+       [&](auto& d) { return d.GetSlit(0, &width); }, 3},
+      {"output slit", [](auto& d) { return d.SetSlit(1, 1000.0F); }, [](auto& d) { return d.ResetSlit(1, false); },
+       [&](auto& d) { return d.GetCurrentSlitSteps(1, &number); }, 1},
+      {"filter", [](auto& d) { return d.SetFilter(3); }, [](auto& d) { return d.ResetFilter(); },
+       [&](auto& d) { return d.GetFilter(&number); }, filterMoves},
+  };
+  for (const auto& [what, move, reset, ask, resetMoves] : cases) {
+    for (const bool deadBus : {false, true}) {
+      SCOPED_TRACE(std::string(what) + (deadBus ? " on a dead bus" : ""));
+      const auto writes = mBus.Writes();
+      mBus.failingMove = deadBus ? 0 : 1;
+      mBus.answers = deadBus ? kOneMove : mBus.kAlways;
+      EXPECT_EQ(move(mDriver), Corvane::kFailure);
+      mBus.answers = mBus.kAlways;
+      EXPECT_EQ(mBus.TakeMoves().size(), 1U);
+      EXPECT_EQ(ask(mDriver), Corvane::kFailure);
+      EXPECT_EQ(move(mDriver), Corvane::kFailure);
+      EXPECT_EQ(mBus.TakeMoves(), kNothing) << "from nowhere to nowhere";
+      mBus.failingMove = resetMoves;
+      EXPECT_EQ(reset(mDriver), Corvane::kFailure);
+      EXPECT_EQ(ask(mDriver), Corvane::kFailure);
+      EXPECT_EQ(mBus.Writes(), writes);
+      EXPECT_EQ(reset(mDriver), Corvane::kSuccess);
+      EXPECT_EQ(ask(mDriver), Corvane::kSuccess);
+      mBus.TakeMoves();
+    }
+  }
 }
 
 }  // namespace

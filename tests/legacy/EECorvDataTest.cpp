@@ -6,80 +6,126 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <sstream>
 #include <string>
 #include <tuple>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
 #include "legacy/CorvDataKeys.h"
 #include "platform/TivanLocale.h"
 #include "support/CommaLocale.h"
-#include "support/FakeLegacyInstrument.h"
+#include "support/SimulatedLegacyBus.h"
 #include "support/TemporaryDirectory.h"
 
 namespace {
 
 using Values = corvane::CorvDataValues;
+using corvane::CorvField;
+using corvane::legacy::kBeyondLimits;
+using corvane::legacy::kFailure;
+using corvane::legacy::kSuccess;
 
-/// Places on the pages, written down apart from the library's own table, with the data file's name and text for each.
-struct Place {
-  std::size_t page;
-  std::size_t offset;
-  std::variant<int, char, float, const char*> stored;
+constexpr const char* kVersions[] = {"1.0", "1.1", "1.2", "1.3", "1.4", "2.9", "3.0"};
+constexpr std::size_t kPathSize = 240;
+constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+
+/// What stands at a place of the pages since a structure version, written down apart from the library's own table; the
+/// data file's name for it, and the file's text where that holds more than the value.
+struct StoredValue {
+  int page;
+  int offset;
+  std::variant<int, char, float, const char*> value;
   double since;
   std::string key;
-  std::string text;
+  std::string list = {};
 };
 
 // clang-format off
-const Place kPlaces[] = {
-    {0, 1, "A twenty letter text", 0, "General.IDSTRING", "A twenty letter text"},
-    {0, 31, "PP12345678", 0, "General.IVERNO", "PP12345678"}, {0, 41, "01/02/2003", 0, "General.DOM", "01/02/2003"},
-    {0, 52, "03/04/2005", 0, "General.DATE", "03/04/2005"}, {0, 75, 75.25F, 0, "General.CURRWAVE", "75.25"},
-    {1, 0, 1000, 0, "wave.MINDUM", "1000"}, {2, 4, 2004, 0, "slit.MAXDUM", "2004"},
-    {3, 8, 3008, 0, "filter.DELDUM", "3008"}, {4, 12, 4012, 0, "flipper.MINSTEPS", "4012"},
-    {5, 16, 5016, 1.2, "slit.MAXSTEPS2", "5016"}, {1, 20, '\x02', 0, "wave.TURRET", "2"},
-    {1, 21, '\x03', 1.1, "wave.NOGRATS", "3"}, {1, 30, 1030.5F, 1.1, "wave.GRATLINES3", "1030.5"},
-    {1, 66, 1066, 1.1, "wave.GRATSTART3", "1066"}, {1, 90, 0.5F, 0, "wave.POLY5", "0.5"},
-    {1, 98, 2.5F, 0, "wave.Linear", "0,2.5"}, {1, 134, 9.5F, 0, "wave.Quadratic3", "0,0,9.5"},
-    {1, 138, 1138.5F, 1.1, "wave.SINPHASE", "1138.5"}, {1, 146, 1146.5F, 1.1, "wave.SINAMPLITUDE", "1146.5"},
-    {1, 154, 1154, 1.1, "wave.HOLE1FINDMINDUM", "1154"}, {1, 194, 1194, 1.1, "wave.HOLE2FINDMAXDUM", "1194"},
-    {1, 206, 1206, 1.1, "wave.HOLE2EDGEDIST", "1206"}, {1, 222, '\x16', 1.1, "wave.NOTURRETS", "22"},
-    {1, 226, 1226, 1.4, "wave.DETOFFSET2", "1226"}, {2, 96, 12, 1.2, "slit.POLYSLIT22", "0,12"},
-    {2, 128, '\x03', 1.1, "wave.NOGRATS2", "3"}, {2, 161, 2161, 1.1, "wave.GRATOFFSET23", "2161"},
-    {2, 177, '\x02', 1.1, "wave.NOGRATS3", "2"}, {2, 182, 2182.5F, 1.1, "wave.GRATLINES32", "2182.5"},
-    {3, 20, '\x14', 0, "filter.NOFILTS", "20"}, {3, 71, "Nine char", 0, "filter.LABEL6", "Nine char"},
-    {3, 86, '\x56', 1.3, "filter.FILTER6SENSORBITS", "86"}, {3, 90, 3090, 1.3, "filter.FILTERRESETOFFSET", "3090"},
-    {3, 114, 3114, 1.3, "filter.FILTER6DELTA", "3114"}, {4, 129, '\x1d', 1.1, "shutter.SHUTTERTYPE", "29"},
-    {4, 142, '\x02', 1.1, "shutter.SHUTTERCUSTOMBGMODE", "2"},
-    {4, 143, '\x03', 1.1, "shutter.SHUTTERCUSTOMAQMODE", "3"},
+const StoredValue kStored[] = {
+    {0, 1, "A twenty letter text", 0, "General.IDSTRING"}, {0, 31, "PP12345678", 0, "General.IVERNO"},
+    {0, 41, "01/02/2003", 0, "General.DOM"}, {0, 52, "03/04/2005", 0, "General.DATE"},
+    {0, 63, 63.25F, 0, "General.FOCLEN"}, {0, 67, 67.25F, 0, "General.ANGDEV"}, {0, 71, 71.25F, 0, "General.FOCTLT"},
+    {0, 75, 75.25F, 0, "General.CURRWAVE"}, {0, 79, 79.25F, 0, "General.CURRSLIT"}, {0, 83, 83, 0, "General.CURRFILT"},
+    {0, 87, 87, 0, "General.CURRMIR"}, {0, 99, 99.25F, 1.2, "General.CURRSLIT2"},
+
+    {1, 0, 1000, 0, "wave.MINDUM"}, {2, 4, 2004, 0, "slit.MAXDUM"}, {3, 8, 3008, 0, "filter.DELDUM"},
+    {4, 12, 4012, 0, "flipper.MINSTEPS"}, {5, 16, 5016, 1.2, "slit.MAXSTEPS2"},
+
+    {1, 20, '\x02', 0, "wave.TURRET"}, {1, 21, '\x03', 1.1, "wave.NOGRATS"}, {1, 30, 1030.5F, 1.1, "wave.GRATLINES3"},
+    {1, 50, 1050, 1.1, "wave.GRATOFFSET2"}, {1, 66, 1066, 1.1, "wave.GRATSTART3"}, {1, 70, 1070, 0, "wave.DETOFFSET"},
+    {1, 90, 0.5F, 0, "wave.POLY5"}, {1, 98, 2.5F, 0, "wave.Linear", "0,2.5"},
+    {1, 134, 9.5F, 0, "wave.Quadratic3", "0,0,9.5"}, {1, 138, 1138.5F, 1.1, "wave.SINPHASE"},
+    {1, 142, 1142.5F, 1.1, "wave.SINFREQUENCY"}, {1, 146, 1146.5F, 1.1, "wave.SINAMPLITUDE"},
+    {1, 154, 1154, 1.1, "wave.HOLE1FINDMINDUM"}, {1, 194, 1194, 1.1, "wave.HOLE2FINDMAXDUM"},
+    {1, 206, 1206, 1.1, "wave.HOLE2EDGEDIST"}, {1, 222, '\x16', 1.1, "wave.NOTURRETS"},
+    {1, 226, 1226, 1.4, "wave.DETOFFSET2"},
+
+    {2, 20, 2020, 0, "slit.POLYSLIT1", "2020,0"}, {2, 32, 32, 0, "slit.POLYSLIT2", "0,32"},
+    {2, 84, 2084, 1.2, "slit.POLYSLIT12", "2084,0"}, {2, 96, 12, 1.2, "slit.POLYSLIT22", "0,12"},
+    {2, 128, '\x03', 1.1, "wave.NOGRATS2"}, {2, 133, 2133.5F, 1.1, "wave.GRATLINES22"},
+    {2, 161, 2161, 1.1, "wave.GRATOFFSET23"}, {2, 165, 2165, 1.1, "wave.GRATSTART21"},
+    {2, 177, '\x02', 1.1, "wave.NOGRATS3"}, {2, 182, 2182.5F, 1.1, "wave.GRATLINES32"},
+    {2, 206, 2206, 1.1, "wave.GRATOFFSET32"}, {2, 218, 2218, 1.1, "wave.GRATSTART32"},
+
+    {3, 20, '\x14', 0, "filter.NOFILTS"}, {3, 71, "Nine char", 0, "filter.LABEL6"},
+    {3, 86, '\x56', 1.3, "filter.FILTER6SENSORBITS"}, {3, 90, 3090, 1.3, "filter.FILTERRESETOFFSET"},
+    {3, 114, 3114, 1.3, "filter.FILTER6DELTA"},
+
+    {4, 128, '\x1c', 1.1, "shutter.SHUTTERMODE"}, {4, 129, '\x1d', 1.1, "shutter.SHUTTERTYPE"},
+    {4, 130, 4130.5F, 1.1, "shutter.SHUTTEROPENTIME"}, {4, 134, 4134.5F, 1.1, "shutter.SHUTTERCLOSETIME"},
+    {4, 138, 4138.5F, 1.1, "shutter.SHUTTERFREQLIMIT"}, {4, 142, '\x02', 1.1, "shutter.SHUTTERCUSTOMBGMODE"},
+    {4, 143, '\x03', 1.1, "shutter.SHUTTERCUSTOMAQMODE"},
 };
 
-/// What a data file holds that has all of these, and since which version they are read.
-const std::tuple<double, const char*, const char*> kFileTexts[] = {
-    {0, "General.COMMADD", "16"}, {0, "General.IDSTRING", "MyMaker"}, {0, "General.FOCLEN", "0.5"},
-    {0, "wave.POLY2", "0.0015"}, {0, "wave.Quadratic2", "1,2.5,3"}, {0, "wave.Linear", "0,1"},
-    {0, "slit.POLYSLIT2", "800,2200"}, {0, "wave.TURRET", "1"}, {0, "wave.NOGRATS", "3"},
-    {0, "filter.LABEL6", "SchottBG"}, {1.1, "wave.SINPHASE", "2.5"}, {1.1, "wave.HOLE1FINDMINDUM", "44"},
-    {1.1, "wave.GRATBLAZE1", "1234"}, {1.1, "wave.GRATLINES23", "1200.5"}, {1.1, "shutter.SHUTTERMODE", "1"},
-    {1.2, "General.CURRSLIT2", "77"}, {1.2, "slit.MAXSTEPS2", "12"}, {1.3, "filter.FILTER6SENSORBITS", "14"},
-    {1.4, "wave.DETOFFSET2", "9"},
-};
 // clang-format on
 
-/// An EEPROM of that structure version with a value at every place, and of the last blaze of turret 2 a number.
-void Program(FakeLegacyInstrument& bus, const std::string& version) {
-  bus.pages = {};
-  bus.Put(0, 0, "\x10");
-  bus.Put(0, 21, version.c_str());
-  for (const Place& place : kPlaces) {
-    std::visit([&](auto value) { bus.Put(place.page, place.offset, value); }, place.stored);
+template <typename Value>
+std::string Bytes(Value value) {
+  if constexpr (std::is_same_v<Value, const char*>) {
+    return value;
+  } else {
+    return {reinterpret_cast<const char*>(&value), sizeof(value)};
+  }
+}
+
+/// As a data file has it.
+std::string TextOf(const StoredValue& stored) {
+  std::ostringstream text;
+  if (const char* const byte = std::get_if<char>(&stored.value)) {
+    text << int{*byte};
+  } else {
+    std::visit([&text](auto value) { text << value; }, stored.value);
+  }
+  return stored.list.empty() ? text.str() : stored.list;
+}
+
+corvane::sim::LegacyDescription BlankEeprom() {
+  corvane::sim::LegacyDescription description = corvane::sim::DefaultLegacy();
+  description.memoryPatches.push_back(
+      {0, 0, std::vector<unsigned char>(corvane::sim::kLegacyPages * corvane::sim::kLegacyPageSize)});
+  return description;
+}
+
+/// An EEPROM of that structure version with a value at every place, zeros elsewhere, and of the last blaze of turret 2
+/// a number.
+corvane::sim::LegacyDescription Programmed(const std::string& version) {
+  corvane::sim::LegacyDescription description = BlankEeprom();
+  const auto put = [&description](int page, int offset, const std::string& bytes) {
+    description.memoryPatches.push_back({page, offset, {bytes.begin(), bytes.end()}});
+  };
+  put(0, 0, "\x10");
+  put(0, 21, version);
+  for (const StoredValue& stored : kStored) {
+    std::visit([&](auto value) { put(stored.page, stored.offset, Bytes(value)); }, stored.value);
   }
   const bool five = version >= "3";
-  bus.Put(1, 34, five ? "12345MIRR" : "1234MIRR");
-  bus.Put(1, five ? 230 : 42, "500");
-  bus.Put(2, five ? 235 : 149, 750.0F);
-  bus.Put(2, five ? 195 : 194, "abcd");
+  put(1, 34, five ? "12345MIRR" : "1234MIRR");
+  put(1, five ? 230 : 42, "500");
+  put(2, five ? 235 : 149, Bytes(750.0F));
+  put(2, five ? 195 : 194, "abcd");
+  return description;
 }
 
 /// What the data file would hold of these values: every key in its order, and the texts of "section.key".
@@ -100,175 +146,145 @@ Keys KeysOf(Values values) {
   return keys;
 }
 
-TEST(EECorvData, ReadsWhatItsVersionHoldsAndWritesEveryField) {
-  FakeLegacyInstrument bus;
-  const auto fresh = KeysOf(Values()).texts;
-  for (const char* const version : {"1.0", "1.1", "1.2", "1.3", "1.4", "2.9", "3.0"}) {
-    SCOPED_TRACE(version);
-    Program(bus, version);
-    EECorvData record(&bus, false);
-    ASSERT_EQ(record.ReadFromEEPROM(), 0);
-    const double number = std::stod(version);
-    const auto read = KeysOf(record.values).texts;
-    for (const Place& each : kPlaces) {
-      EXPECT_EQ(read.at(each.key), each.since <= number ? each.text : fresh.at(each.key)) << each.key;
-    }
-    std::string blazes;
-    for (const char* const key : {"1", "2", "3", "23", "32"}) {
-      blazes += read.at(std::string("wave.GRATBLAZE") + key) + " ";
-    }
-    EXPECT_EQ(blazes, number < 1.1   ? "600 600 600 600 600 "
-                      : number < 3.0 ? "1234 MIRR 500 750 abcd "
-                                     : "12345 MIRR 500 750 abcd ");
+/// What a data file gives.
+Values ReadFile(const std::string& contents) {
+  const TemporaryDirectory directory;
+  std::string path = directory.Write("legacy.ini", contents);
+  path.resize(kPathSize);
+  EECorvData record(nullptr, false);
+  EXPECT_EQ(record.ReadFromFile(path.data()), kSuccess);
+  return record.values;
+}
 
-    // Written as the latest layout whatever the version, which only says how long blazes are. What an old instrument
-    // kept as a number comes back as a text.
-    bus.Put(2, number >= 3.0 ? 235 : 149, 0x00303537);
-    const auto image = bus.pages;
-    Program(bus, "3.0");
-    ASSERT_EQ(record.ReadFromEEPROM(), 0);
-    record.SetStructureVersionInfo(version);
-    bus.pages = {};
-    bus.writeMode = false;
-    ASSERT_EQ(record.WriteToEEPROM(), 0);
-    for (std::size_t page = 0; page < image.size(); ++page) {
-      EXPECT_EQ(bus.pages[page], image[page]) << page;
-    }
+class EECorvDataOfVersion : public testing::TestWithParam<const char*> {};
+
+TEST_P(EECorvDataOfVersion, ReadsWhatItsVersionHolds) {
+  SimulatedLegacyBus bus(Programmed(GetParam()));
+  EECorvData record(&bus, false);
+  ASSERT_EQ(record.ReadFromEEPROM(), kSuccess);
+  EXPECT_EQ(bus.Writes(), 0U);
+  const double version = std::stod(GetParam());
+  const auto read = KeysOf(record.values).texts;
+  const auto fresh = KeysOf(Values()).texts;
+  for (const StoredValue& stored : kStored) {
+    EXPECT_EQ(read.at(stored.key), stored.since <= version ? TextOf(stored) : fresh.at(stored.key)) << stored.key;
+  }
+  std::string blazes;
+  for (const char* const key : {"1", "2", "3", "23", "32"}) {
+    blazes += read.at(std::string("wave.GRATBLAZE") + key) + " ";
+  }
+  EXPECT_EQ(blazes, version < 1.1   ? "600 600 600 600 600 "
+                    : version < 3.0 ? "1234 MIRR 500 750 abcd "
+                                    : "12345 MIRR 500 750 abcd ");
+}
+
+TEST_P(EECorvDataOfVersion, WritesEveryFieldOfTheLatestLayout) {
+  const std::string version = GetParam();
+  // Only the blazes follow the version, which says how long they are. A number comes back as a text.
+  corvane::sim::LegacyDescription expected = Programmed(version);
+  expected.memoryPatches.push_back({2, version >= "3" ? 235 : 149, {'7', '5', '0', '\0'}});
+  SimulatedLegacyBus source(Programmed("3.0"));
+  EECorvData record(&source, false);
+  ASSERT_EQ(record.ReadFromEEPROM(), kSuccess);
+  record.SetStructureVersionInfo(version.c_str());
+
+  SimulatedLegacyBus blank(BlankEeprom());
+  record.Bus().SetControl(&blank, false);
+  ASSERT_EQ(record.WriteToEEPROM(), kSuccess);
+  const SimulatedLegacyBus image(expected);
+  for (int page = 0; page < corvane::sim::kLegacyPages; ++page) {
+    EXPECT_EQ(blank.Bytes(page, 0, corvane::sim::kLegacyPageSize), image.Bytes(page, 0, corvane::sim::kLegacyPageSize))
+        << page;
   }
 }
 
+INSTANTIATE_TEST_SUITE_P(Versions, EECorvDataOfVersion, testing::ValuesIn(kVersions));
+
 TEST(EECorvData, RefusesForeignAndNewerRecordsButNotUnclearVersions) {
-  FakeLegacyInstrument bus;
-  // Versions that are none leave the numbers as they are, and reading goes on.
-  const std::tuple<const char*, std::string, int> cases[] = {
-      {"\x10", "3.1", 2},  {"\x10", "4.0", 2},         {"\x63", "3.0", 1}, {"\xFF", "3.0", 1},
-      {"\x10", "3.0 ", 0}, {"\x10", "1.0\xFF\xFF", 0}, {"\x10", "none", 0}};
-  for (const auto& [first, version, result] : cases) {
+  const struct {
+    unsigned char mark;
+    std::string version;
+    int result;
+  } cases[] = {
+      {0x10, "3.1", kBeyondLimits},
+      {0x10, "4.0", kBeyondLimits},
+      {0x63, "3.0", kFailure},
+      {0xFF, "3.0", kFailure},
+      // Versions that are none leave the numbers as they are, and reading goes on.
+      {0x10, "3.0 ", kSuccess},
+      {0x10, "1.0\xFF\xFF", kSuccess},
+      {0x10, "none", kSuccess},
+  };
+  for (const auto& [mark, version, result] : cases) {
     SCOPED_TRACE(version);
-    Program(bus, version);
-    bus.Put(0, 0, first);
-    bus.Put(1, 20, "\x07\xFF");
+    corvane::sim::LegacyDescription description = Programmed(version);
+    description.memoryPatches.push_back({0, 0, {mark}});
+    description.memoryPatches.push_back({1, 20, {7, 0xFF}});
+    SimulatedLegacyBus bus(description);
     EECorvData record(&bus, false);
     EXPECT_EQ(record.ReadFromEEPROM(), result);
     EXPECT_EQ(record.values.commAdd, 16);
     EXPECT_EQ(record.values.structureMajor, version == "4.0" ? 4 : 3);
-    EXPECT_EQ(record.values.loadedFromEeprom, result == 0);
-    EXPECT_EQ(record.values.detectorOffset[1], result == 0 ? 1226 : 0);
+    EXPECT_EQ(record.values.loadedFromEeprom, result == kSuccess);
+    EXPECT_EQ(record.values.detectorOffset[1], result == kSuccess ? 1226 : 0);
     EXPECT_EQ(record.values.turret, 1);
     EXPECT_EQ(record.values.turrets[0].numberOfGratings, 3);
   }
 }
 
 TEST(EECorvData, ReportsEveryFailedTransferAndEndsWithIt) {
-  FakeLegacyInstrument bus;
+  SimulatedLegacyBus bus;
   EECorvData record(&bus, false);
   const auto run = [&](int failing) {
+    bus.TakeTransfers();
     bus.failingTransfer = failing;
-    bus.answers = bus.kAlways;
     for (int step = 0; step <= 99; ++step) {
       record.Execute(step);
     }
     return record.GetTaskError();
   };
-  for (const int mode : {EECorvData::kReadTask, EECorvData::kWriteTask}) {
+  for (const auto& [mode, stride] : {std::pair{EECorvData::kReadTask, 1}, {EECorvData::kWriteTask, 7}}) {
     record.SetTaskMode(mode);
-    ASSERT_EQ(run(0), 0);
-    for (int n = bus.kAlways - bus.answers; n > 0; n -= mode == EECorvData::kReadTask ? 1 : 7) {
-      ASSERT_EQ(run(n), 1) << n;
-      EXPECT_EQ(bus.kAlways - bus.answers, n);
+    ASSERT_EQ(run(0), kSuccess);
+    for (int n = bus.TakeTransfers(); n > 0; n -= stride) {
+      ASSERT_EQ(run(n), kFailure) << n;
+      EXPECT_EQ(bus.TakeTransfers(), n);
       bus.failingTransfer = n;
-      EXPECT_EQ(mode == EECorvData::kReadTask ? record.ReadFromEEPROM() : record.WriteToEEPROM(), 1) << n;
+      EXPECT_EQ(mode == EECorvData::kReadTask ? record.ReadFromEEPROM() : record.WriteToEEPROM(), kFailure) << n;
     }
   }
-  EXPECT_EQ(record.Execute(0) + record.GetTaskError(), 0) << "The first step clears the error.";
+  EXPECT_EQ(record.Execute(0), kSuccess) << "The first step clears the error.";
+  EXPECT_EQ(record.GetTaskError(), kSuccess);
 }
 
-TEST(EECorvData, MovesSingleValuesWhereTheyLie) {
-  FakeLegacyInstrument bus;
+TEST(EECorvData, StoresSingleValuesWhereTheyLie) {
+  SimulatedLegacyBus bus;
   EECorvData record(&bus, false);
-  EXPECT_EQ(record.StoreValue({corvane::CorvField::kCurrentWave}), 0);
-  EXPECT_EQ(bus.writes, 0) << "The values did not come from this EEPROM.";
-  ASSERT_EQ(record.ReadFromEEPROM(), 0);
+  EXPECT_EQ(record.StoreValue({CorvField::kCurrentWave}), kSuccess);
+  EXPECT_EQ(bus.Writes(), 0U) << "The values did not come from this EEPROM.";
+  ASSERT_EQ(record.ReadFromEEPROM(), kSuccess);
   record.values.turrets[2].gratings[2].offset = -1;
-  bus.writeMode = false;
-  EXPECT_EQ(record.StoreValue({corvane::CorvField::kGratingOffset, 8}), 0);
-  EXPECT_EQ(record.WriteOpticalParamsToEEPROM(1.0F, 2.0F, 3.0F), 0);
-  EXPECT_EQ(record.WriteSlitCoefficients(1, -2, 3, 4), 0);
-  EXPECT_EQ(bus.writes, 8 * 4);
-  EXPECT_EQ(bus.Number<int>(2, 210), -1);
-  EXPECT_EQ((bus.Number<std::array<float, 3>>(0, 63)), (std::array{1.0F, 2.0F, 3.0F}));
-  EXPECT_EQ((bus.Number<std::array<int, 4>>(2, 20)), (std::array{1, -2, 3, 4}));
-  bus.Put(0, 63, 5.0F);
+  bus.SetWriteMode(false);
+  EXPECT_EQ(record.StoreValue(corvane::OfTurret(2, CorvField::kGratingOffset)[2]), kSuccess);
+  EXPECT_EQ(bus.Stored<int>(2, 210), -1);
+  EXPECT_EQ(record.WriteOpticalParamsToEEPROM(1.0F, 2.0F, 3.0F), kSuccess);
+  EXPECT_EQ((bus.Stored<std::array<float, 3>>(0, 63)), (std::array{1.0F, 2.0F, 3.0F}));
+  EXPECT_EQ(record.WriteSlitCoefficients(1, -2, 3, 4), kSuccess);
+  EXPECT_EQ((bus.Stored<std::array<int, 4>>(2, 20)), (std::array{1, -2, 3, 4}));
+  EXPECT_EQ(bus.Writes(), 8U * sizeof(int));
+
+  bus.Program(0, 63, Bytes(5.0F));
   float length = 0.0F;
   bus.failingTransfer = 12;
-  EXPECT_EQ(record.ReadOpticalParamsFromEEPROM(&length, nullptr, nullptr), 1);
-  EXPECT_EQ(length + record.values.focalLength, 1.0F) << "all three or none";
-}
-
-TEST(EECorvData, VerifiesWhatItWritesAndReadsNumbersForBlazes) {
-  FakeLegacyInstrument bus;
-  EECorvData record(&bus, false);
-  // A text longer than its field is cut, and what is left has to be read back; registers go on at 0.
-  EXPECT_EQ(record.Bus().WriteString("abcdef", 4, 0x68, 254), 0);
-  EXPECT_EQ(record.Bus().WriteString("x", 3, 0x69, 200), 0);
-  EXPECT_EQ((std::string{char(bus.pages[0][255]), char(bus.pages[0][1]), char(bus.pages[0][2])}), "bdi");
-  EXPECT_EQ(record.Bus().WriteFloat(std::numeric_limits<float>::quiet_NaN(), 0x68, 71), 1) << "No number equals it.";
-  bus.writeMode = false;
-  EXPECT_EQ(record.Bus().WriteString("abcx", 4, 0x68, 254), 1);
-  EXPECT_EQ(record.Bus().WriteInt(1, 0x69, 0) + record.Bus().WriteByte(17, 0x68, 0), 2);
-  // Blazes that old instruments stored as numbers, which a first byte of zero tells.
-  for (const auto& [number, text] : {std::pair{500.9F, "500"}, {0.0F, ""}, {150000.0F, ""}, {NAN, ""}, {-500.0F, ""}}) {
-    char read[corvane::LegacyBus::kBlazeSlot] = "x";
-    bus.Put(1, 200, number);
-    bus.Put(1, 200, std::uint8_t{0});
-    ASSERT_EQ(record.Bus().ReadBlaze(read, 4, 0x69, 200), 0);
-    EXPECT_STREQ(read, text);
-  }
-}
-
-TEST(EECorvData, MovesAndWaitsForMotors) {
-  using corvane::MoveMode;
-  FakeLegacyInstrument bus;
-  EECorvData record(&bus, false);
-  ASSERT_EQ(record.Bus().StartRampedMove(0x10, {3, true, true, MoveMode::kStopAtEdge, 0x010203, {1, 256, 480000}}), 0);
-  EXPECT_EQ(bus.lastMove, (std::vector<std::uint8_t>{3, 0x23, 3, 2, 1, 1, 0, 0, 0, 1, 0, 0, 0x53, 7}));
-  bus.busyPolls = 5;
-  ASSERT_EQ(record.Bus().StartRampedMove(0x10, {1, true, true, MoveMode::kPlain, 1, {}}), 0);
-  // Bits of another motor do not count.
-  const int polls[][3] = {{1, 0x03, 0}, {0, 0x1C, 0}, {4, 0x04, 1}, {2, 0x02, 1}};
-  for (const auto& [motor, bits, moving] : polls) {
-    bus.busyBits = static_cast<std::uint8_t>(bits);
-    EXPECT_EQ(record.Bus().EngineMoving(motor), moving) << motor;
-  }
-  for (const auto& [motor, steps] : {std::pair{0, -1}, {0, 0x1000000}, {5, 1}}) {
-    EXPECT_EQ(record.Bus().StartRampedMove(0x10, {motor, true, true, MoveMode::kPlain, steps, {}}), 1);
-  }
-
-  // Older controllers are told the register first, and have another one behind a USB camera.
-  bus.fpga = 22;
-  record.Bus().SetControl(&bus, true);
-  bus.busyRegister = 0xC4;
-  ASSERT_EQ(record.Bus().StartRampedMove(0x10, {0, true, true, MoveMode::kPlain, 1, {}}), 0);
-  EXPECT_EQ(record.Bus().EngineMoving(2), 1);
-  record.Bus().SetControl(&bus, false);
-  EXPECT_EQ(bus.TakeStatus(), (std::vector<std::string>{"0=196", "0=199"}));
-
-  bus.answers = 0;
-  const std::uint64_t before = bus.time.Slept();
-  EXPECT_EQ(record.Bus().WaitForStandstill(0), 1) << "A dead bus is not waited for.";
-  EXPECT_LE(bus.time.Slept() - before, 1'000'000U);
+  EXPECT_EQ(record.ReadOpticalParamsFromEEPROM(&length, nullptr, nullptr), kFailure);
+  EXPECT_EQ(length, 0.0F) << "all three or none";
+  EXPECT_EQ(record.values.focalLength, 1.0F);
 }
 
 TEST(EECorvDataFile, HoldsEveryKeyInOrderAndHasDefaultsOfItsOwn) {
   const CommaLocale comma;
   ASSERT_TRUE(comma.IsInForce());
-  const TemporaryDirectory directory;
-  std::string path = directory.Write("legacy.ini",
-                                     "[General]\nSVERNO=3.0\n[filter]\nNOFILTS=2\n"
-                                     "[wave]\nNOGRATS=1\nNOGRATS2=2\nNOGRATS3=1\n");
-  path.resize(240);
-  EECorvData record(nullptr, false);
-  ASSERT_EQ(record.ReadFromFile(path.data()), 0);
+  Values values = ReadFile("[General]\nSVERNO=3.0\n[filter]\nNOFILTS=2\n[wave]\nNOGRATS=1\nNOGRATS2=2\nNOGRATS3=1\n");
   const std::string general =
       "IDSTRING=Tivan Technology IVERNO=PP004 DOM=01/01/2001 DATE=02/02/2002 FOCLEN=0.25736 ANGDEV=11.83 FOCTLT=6.7 "
       "CURRFILT=0 CURRMIR=0 CURRWAVE=0 CURRSLIT=0 CURRSLIT2=0 ";
@@ -289,11 +305,10 @@ TEST(EECorvDataFile, HoldsEveryKeyInOrderAndHasDefaultsOfItsOwn) {
       "GRATLINES21=300 GRATLINES22=300 GRATLINES31=300 GRATBLAZE1=300 GRATBLAZE21=300 GRATBLAZE22=300 "
       "GRATBLAZE31=300 GRATOFFSET1=0 GRATOFFSET21=0 GRATOFFSET22=0 GRATOFFSET31=0 GRATSTART1=0 GRATSTART21=0 "
       "GRATSTART22=0 GRATSTART31=0 ";
-  EXPECT_EQ(KeysOf(record.values).inOrder, "[General] COMMADD=16 SVERNO=3.0 " + general + rest);
-  record.SetStructureVersionInfo("1.0");
-  EXPECT_EQ(KeysOf(record.values).inOrder, "[General] COMMADD=16 SVERNO=1.0 " + general + rest)
+  EXPECT_EQ(KeysOf(values).inOrder, "[General] COMMADD=16 SVERNO=3.0 " + general + rest);
+  values.structureVersion = "1.0";
+  EXPECT_EQ(KeysOf(values).inOrder, "[General] COMMADD=16 SVERNO=1.0 " + general + rest)
       << "All, whatever the version.";
-  EXPECT_EQ(record.WriteToFile(path.data()), 0);
   const std::string fresh = KeysOf(Values()).inOrder;
   for (const char* const key : {"IVERNO=PP001", "CURRFILT=1", "CURRWAVE=703.241", "CURRSLIT=25",
                                 "MAXSTEPS=4800 MINDUM2=40000", "MAXSTEPS2=4800 [filter]", "NOTURRETS=1",
@@ -302,32 +317,47 @@ TEST(EECorvDataFile, HoldsEveryKeyInOrderAndHasDefaultsOfItsOwn) {
   }
 }
 
-TEST(EECorvDataFile, ReadsTheKeysOfItsVersion) {
-  const CommaLocale comma;
-  const TemporaryDirectory directory;
-  const std::string body =
-      "COMMADD=99\nIDSTRING = My Maker\nFOCLEN = 0.5\nCURRSLIT2=77\n[wave]\nTURRET=7\nNOGRATS=0\nGRATBLAZE1=12345\n"
-      "GRATLINES23=1200.5\nLinear=5\nPOLY2=1.5e-3\nSINPHASE=2.5\nDETOFFSET2=9\nHOLE1FINDMINDUM=44\n"
-      "Quadratic2=1,2.5,3\n[slit]\nPOLYSLIT1=-100,50\nPOLYSLIT2=7\nPOLYSLIT22=300,450\nMAXSTEPS2=12\n"
-      "[filter]\nNOFILTS=9\nLABEL6=Schott BG\nFILTER6SENSORBITS=14\n[shutter]\nSHUTTERMODE=1\n";
-  const auto fresh = KeysOf(Values()).texts;
-  for (const char* const version : {"1.0", "1.1", "1.2", "1.3", "1.4", "2.9", "3.0"}) {
-    SCOPED_TRACE(version);
-    std::string path = directory.Write("legacy.ini", std::string("[general]\nSVERNO=") + version + "\n" + body);
-    path.resize(240);
-    EECorvData record(nullptr, false);
-    ASSERT_EQ(record.ReadFromFile(path.data()), 0);
-    const double number = std::stod(std::string(version).replace(1, 1, ","));
-    const auto read = KeysOf(record.values).texts;
-    for (const auto& [since, key, text] : kFileTexts) {
-      EXPECT_EQ(read.at(key), since <= number ? text : fresh.at(key)) << key;
-    }
-    const auto& slits = record.values.slits;
-    EXPECT_FLOAT_EQ(slits[0].c1, 900.0F / 2150.0F);
-    EXPECT_FLOAT_EQ(slits[0].c0, -260000.0F / 2150.0F);
-    EXPECT_FLOAT_EQ(slits[1].c1, number < 1.2 ? 880.0F / 2190.0F : 380.0F / 440.0F);
-    EXPECT_FLOAT_EQ(slits[1].c0, number < 1.2 ? -184000.0F / 2190.0F : -39000.0F / 440.0F);
+TEST_P(EECorvDataOfVersion, ReadsTheKeysThatItsFileHolds) {
+  SimulatedLegacyBus bus(Programmed("3.0"));
+  EECorvData source(&bus, false);
+  ASSERT_EQ(source.ReadFromEEPROM(), kSuccess);
+  source.values.structureVersion = GetParam();
+  std::string file;
+  std::string current;
+  for (const auto& [name, text] : KeysOf(source.values).texts) {
+    const std::string section = name.substr(0, name.find('.'));
+    file += (section == current ? "" : "[" + section + "]\n") + name.substr(section.size() + 1) + "=" + text + "\n";
+    current = section;
   }
+  const auto read = KeysOf(ReadFile(file)).texts;
+  const auto fresh = KeysOf(Values()).texts;
+  for (const StoredValue& stored : kStored) {
+    if (!std::holds_alternative<const char*>(stored.value)) {
+      const bool held = stored.since <= std::stod(GetParam());
+      EXPECT_EQ(read.at(stored.key), held ? TextOf(stored) : fresh.at(stored.key)) << stored.key;
+    }
+  }
+}
+
+TEST(EECorvDataFile, IsReadWithItsOwnLimits) {
+  const CommaLocale comma;
+  ASSERT_TRUE(comma.IsInForce());
+  const Values values = ReadFile(
+      "[general]\nSVERNO=3.0\nCOMMADD=99\nIDSTRING = My Maker\nFOCLEN = 0.5\n"
+      "[wave]\nTURRET=7\nNOGRATS=0\nGRATBLAZE1=12345\nLinear=5\nPOLY2=1.5e-3\n"
+      "[slit]\nPOLYSLIT1=-100,50\nPOLYSLIT2=7\n[filter]\nNOFILTS=9\nLABEL6=Schott BG\n");
+  const std::pair<const char*, const char*> expected[] = {
+      {"General.COMMADD", "16"},      {"General.IDSTRING", "MyMaker"}, {"General.FOCLEN", "0.5"},
+      {"wave.TURRET", "1"},           {"wave.NOGRATS", "3"},           {"wave.GRATBLAZE1", "1234"},
+      {"wave.Linear", "0,1"},         {"wave.POLY2", "0.0015"},        {"slit.POLYSLIT1", "-100,50"},
+      {"slit.POLYSLIT2", "800,2200"}, {"filter.LABEL6", "SchottBG"},
+  };
+  const auto read = KeysOf(values).texts;
+  for (const auto& [key, text] : expected) {
+    EXPECT_EQ(read.at(key), text) << key;
+  }
+  EXPECT_FLOAT_EQ(values.slits[0].c1, 900.0F / 2150.0F);
+  EXPECT_FLOAT_EQ(values.slits[0].c0, -260000.0F / 2150.0F);
 }
 
 TEST(EECorvDataFile, IsTheSourceUntilTheEepromIsRead) {
@@ -338,16 +368,19 @@ TEST(EECorvDataFile, IsTheSourceUntilTheEepromIsRead) {
   const TemporaryDirectory directory;
   std::string path = directory.Write("legacy.ini", "");
   const std::string resolved = path;
-  path.resize(240);
-  FakeLegacyInstrument bus;
+  path.resize(kPathSize);
+  SimulatedLegacyBus bus;
   EECorvData record(&bus, false);
   record.SetListener(&listener);
   for (const int loads : {2, 4}) {
-    ASSERT_EQ(record.ReadFromFile(path.data()), 0);
-    EXPECT_TRUE(record.values.loadedFromFile && !record.values.loadedFromEeprom);
+    ASSERT_EQ(record.ReadFromFile(path.data()), kSuccess);
+    EXPECT_TRUE(record.values.loadedFromFile);
+    EXPECT_FALSE(record.values.loadedFromEeprom);
     EXPECT_EQ(record.values.sourcePath, resolved);
-    ASSERT_EQ(record.ReadFromEEPROM(), 0);
-    EXPECT_TRUE(!record.values.loadedFromFile && record.values.loadedFromEeprom);
+    EXPECT_EQ(record.WriteToFile(path.data()), kSuccess);
+    ASSERT_EQ(record.ReadFromEEPROM(), kSuccess);
+    EXPECT_FALSE(record.values.loadedFromFile);
+    EXPECT_TRUE(record.values.loadedFromEeprom);
     EXPECT_EQ(record.values.sourcePath, "");
     EXPECT_EQ(listener.loads, loads);
   }
@@ -365,7 +398,7 @@ TEST(EECorvDataFile, ResolvesPaths) {
   EXPECT_EQ(EECorvData::ResolvePath(nullptr), parent + "run/spectrograph.ini");
   std::string path(500, 'a');
   EECorvData record(nullptr, false);
-  EXPECT_EQ(record.ReadFromFile(path.data()), 0);
+  EXPECT_EQ(record.ReadFromFile(path.data()), kSuccess);
   EXPECT_EQ(path, std::string(500, 'a'));
 }
 
@@ -391,9 +424,8 @@ TEST(EECorvDataConversions, TakesWavelengthsToSteps) {
     }
   }
   EXPECT_EQ(record.GetActualWavelength(1e9F, 2, 1), 1e9F);
-  const float nan = std::numeric_limits<float>::quiet_NaN();
   // Zero order needs no angle, but a polynomial above 1 comes first.
-  for (const auto& [constant, atZero] : {std::pair{-1.5F, 210}, {nan, 210}, {1.5F, EECorvData::kOutOfReach}}) {
+  for (const auto& [constant, atZero] : {std::pair{-1.5F, 210}, {kNoNumber, 210}, {1.5F, EECorvData::kOutOfReach}}) {
     values.polynomial[4] = constant;
     EXPECT_EQ(record.ConvertWaveToSteps(0.0F, 1, 0), atZero) << constant;
     EXPECT_EQ(record.ConvertWaveToSteps(1.0F, 1, 0), EECorvData::kOutOfReach) << constant;
@@ -402,7 +434,7 @@ TEST(EECorvDataConversions, TakesWavelengthsToSteps) {
   EXPECT_EQ(record.GetActualWavelength(500.006F, 1, 0), 500.01F) << "A flat conversion has no band.";
   values.sinFrequency = 0.0F;
   EXPECT_EQ(record.ConvertWaveToSteps(500.0F, 1, 0), 210);
-  values.turrets[1].gratings[0].lines = nan;
+  values.turrets[1].gratings[0].lines = kNoNumber;
   EXPECT_EQ(record.ConvertWaveToSteps(500.0F, 1, 0), EECorvData::kOutOfReach);
 }
 
@@ -428,7 +460,7 @@ TEST(EECorvDataConversions, TakesSlitWidthsToSteps) {
   record.values.slits[1].points = {{{std::numeric_limits<int>::min(), -2}, {1, std::numeric_limits<int>::max()}}};
   corvane::DeriveSlitCoefficients(record.values.slits[1]);
   EXPECT_TRUE(std::isfinite(record.values.slits[1].c0));
-  for (const float width : {std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN(), 3e38F}) {
+  for (const float width : {std::numeric_limits<float>::infinity(), kNoNumber, 3e38F}) {
     EXPECT_EQ(record.ConvertSlitToSteps(1, width), 0);
     EXPECT_FALSE(record.SlitConverts(1, width));
   }
