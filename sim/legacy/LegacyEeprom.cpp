@@ -15,8 +15,8 @@ constexpr StructureVersion k12{1, 2};
 constexpr StructureVersion k13{1, 3};
 constexpr StructureVersion k14{1, 4};
 
-/// The first structure version of the field is `since`; older images leave the place free.
-struct Place {
+/// Where a field of the record lies, and the first structure version that has it; older images leave it free.
+struct PageField {
   int page;
   int offset;
   StructureVersion since = kAll;
@@ -27,14 +27,20 @@ enum Page { kGeneral, kWave, kSlit, kFilter, kFlipper, kOutputSlit };
 constexpr std::uint8_t kRecordMark = 16;
 constexpr int kLabelWidth = 10;
 constexpr int kQuadratics = 9;
+/// Lines per mm for which the stored wavelength is the wavelength itself.
+constexpr float kReferenceLines = 1200.0F;
+
+/// In milliseconds.
+constexpr float kShutterOpenTime = 20.0F;
+constexpr float kShutterCloseTime = 35.0F;
 
 /// Both holes: find distance, its ramp (minimum, maximum, increment), the distance into the hole, the distance back to
 /// its edge and the ramp for that.
 constexpr std::array<int, 18> kHoles{480000, 4000,  80000, 1000, 1000, 5000, 5000,   80000,  1000,
                                      3000,   10000, 80000, 1000, 10,   2000, 400000, 400000, 1000};
 
-struct TurretPlaces {
-  Place gratings;
+struct TurretFields {
+  PageField gratings;
   int lines = 0;
   int blazes = 0;
   int offsets = 0;
@@ -42,37 +48,37 @@ struct TurretPlaces {
   int thirdBlaze = 0;  ///< from 3.0 on
 };
 
-constexpr TurretPlaces kTurretPlaces[kMaxTurrets] = {
-    {{kWave, 21, k11}, 22, 34, 46, 58, 230},
-    {{kSlit, 128, k11}, 129, 141, 153, 165, 235},
-    {{kSlit, 177, k11}, 178, 190, 202, 214, 240},
+constexpr TurretFields kTurretFields[kMaxTurrets] = {
+    {.gratings = {kWave, 21, k11}, .lines = 22, .blazes = 34, .offsets = 46, .starts = 58, .thirdBlaze = 230},
+    {.gratings = {kSlit, 128, k11}, .lines = 129, .blazes = 141, .offsets = 153, .starts = 165, .thirdBlaze = 235},
+    {.gratings = {kSlit, 177, k11}, .lines = 178, .blazes = 190, .offsets = 202, .starts = 214, .thirdBlaze = 240},
 };
 
-/// Writes values at their places, those that the structure version has.
+/// Writes values at their fields, those that the structure version has.
 class ImageWriter {
  public:
   using Pages = std::array<std::array<std::uint8_t, kLegacyPageSize>, kLegacyPages>;
 
   ImageWriter(Pages& pages, StructureVersion version) : mPages(pages), mVersion(version) {}
 
-  void Byte(const Place& place, int value) {
-    if (mVersion.AtLeast(place.since.major, place.since.minor)) {
-      mPages[static_cast<std::size_t>(place.page)][static_cast<std::size_t>(place.offset)] =
+  void Byte(const PageField& field, int value) {
+    if (mVersion.AtLeast(field.since.major, field.since.minor)) {
+      mPages[static_cast<std::size_t>(field.page)][static_cast<std::size_t>(field.offset)] =
           static_cast<std::uint8_t>(value);
     }
   }
-  void Int(Place place, int value) {
+  void Int(PageField field, int value) {
     const auto word = static_cast<std::uint32_t>(value);
     for (int shift = 0; shift < 32; shift += 8) {
-      Byte(place, static_cast<int>((word >> static_cast<unsigned>(shift)) & 0xFFU));
-      ++place.offset;
+      Byte(field, static_cast<int>((word >> static_cast<unsigned>(shift)) & 0xFFU));
+      ++field.offset;
     }
   }
-  void Float(const Place& place, float value) { Int(place, std::bit_cast<std::int32_t>(value)); }
-  void Text(Place place, std::string_view text, int width) {
+  void Float(const PageField& field, float value) { Int(field, std::bit_cast<std::int32_t>(value)); }
+  void Text(PageField field, std::string_view text, int width) {
     for (std::size_t i = 0; i < static_cast<std::size_t>(width); ++i) {
-      Byte(place, i < text.size() ? text[i] : '\0');
-      ++place.offset;
+      Byte(field, i < text.size() ? text[i] : '\0');
+      ++field.offset;
     }
   }
 
@@ -94,7 +100,7 @@ void WriteGeneral(ImageWriter& out, const LegacyDescription& description) {
   out.Float({kGeneral, 63}, record.focalLength);
   out.Float({kGeneral, 67}, record.angularDeviation);
   out.Float({kGeneral, 71}, record.tilt);
-  out.Float({kGeneral, 75}, record.currentWavelength * turret.gratings[0].lines / 1200.0F);
+  out.Float({kGeneral, 75}, record.currentWavelength * turret.gratings[0].lines / kReferenceLines);
   out.Float({kGeneral, 79}, description.slitWidths[0]);
   out.Int({kGeneral, 83}, description.filter);
   out.Int({kGeneral, 87}, description.port);
@@ -136,29 +142,29 @@ void WriteDrive(ImageWriter& out, const Record& record) {
   out.Int({kWave, 226, k14}, record.detectorOffsets[1]);
 }
 
-void WriteTurret(ImageWriter& out, const TurretPlaces& places, const Turret& turret, StructureVersion version) {
-  const int page = places.gratings.page;
-  const StructureVersion since = places.gratings.since;
+void WriteTurret(ImageWriter& out, const TurretFields& fields, const Turret& turret, StructureVersion version) {
+  const int page = fields.gratings.page;
+  const StructureVersion since = fields.gratings.since;
   const int digits = version.major >= 3 ? 5 : 4;
-  out.Byte(places.gratings, static_cast<int>(turret.gratings.size()));
+  out.Byte(fields.gratings, static_cast<int>(turret.gratings.size()));
   for (int g = 0; g < static_cast<int>(turret.gratings.size()); ++g) {
     const Grating& grating = turret.gratings[static_cast<std::size_t>(g)];
     const bool isMovedBlaze = version.major >= 3 && g == kLegacyGratings - 1;
-    out.Float({page, places.lines + 4 * g, since}, grating.lines);
-    out.Text({page, isMovedBlaze ? places.thirdBlaze : places.blazes + digits * g, since}, grating.blaze, digits);
-    out.Int({page, places.offsets + 4 * g, since}, grating.offset);
-    out.Int({page, places.starts + 4 * g, since}, grating.start);
+    out.Float({page, fields.lines + 4 * g, since}, grating.lines);
+    out.Text({page, isMovedBlaze ? fields.thirdBlaze : fields.blazes + digits * g, since}, grating.blaze, digits);
+    out.Int({page, fields.offsets + 4 * g, since}, grating.offset);
+    out.Int({page, fields.starts + 4 * g, since}, grating.start);
   }
 }
 
 void WriteSlits(ImageWriter& out) {
-  for (const Place& first : {Place{kSlit, 20}, Place{kSlit, 84, k12}}) {
-    Place place = first;
+  for (const PageField& first : {PageField{kSlit, 20}, PageField{kSlit, 84, k12}}) {
+    PageField field = first;
     for (const SlitPoint& point : kSlitPoints) {
-      out.Int(place, point.steps);
-      place.offset += 4;
-      out.Int(place, point.width);
-      place.offset += 4;
+      out.Int(field, point.steps);
+      field.offset += 4;
+      out.Int(field, point.width);
+      field.offset += 4;
     }
   }
 }
@@ -177,8 +183,8 @@ void WriteFilters(ImageWriter& out, const Record& record) {
 void WriteShutter(ImageWriter& out) {
   out.Byte({kFlipper, 128, k11}, 0);
   out.Byte({kFlipper, 129, k11}, 1);
-  out.Float({kFlipper, 130, k11}, 20.0F);
-  out.Float({kFlipper, 134, k11}, 20.0F);
+  out.Float({kFlipper, 130, k11}, kShutterOpenTime);
+  out.Float({kFlipper, 134, k11}, kShutterCloseTime);
   out.Float({kFlipper, 138, k11}, 10.0F);
   out.Byte({kFlipper, 142, k11}, 3);
   out.Byte({kFlipper, 143, k11}, 2);
@@ -203,16 +209,16 @@ void LegacyEeprom::Store(const LegacyDescription& description) {
   WriteFilters(out, description.record);
   WriteShutter(out);
   for (std::size_t t = 0; t < description.record.turrets.size(); ++t) {
-    WriteTurret(out, kTurretPlaces[t], description.record.turrets[t], description.structure);
+    WriteTurret(out, kTurretFields[t], description.record.turrets[t], description.structure);
   }
   for (const PagePatch& patch : description.memoryPatches) {
     // What reaches beyond the page goes on in the next, and ends with the last.
-    auto place = static_cast<std::size_t>(patch.page) * kLegacyPageSize + static_cast<std::size_t>(patch.offset);
+    auto byteNumber = static_cast<std::size_t>(patch.page) * kLegacyPageSize + static_cast<std::size_t>(patch.offset);
     for (const unsigned char byte : patch.bytes) {
-      if (place < std::size_t{kLegacyPages} * kLegacyPageSize) {
-        mPages[place / kLegacyPageSize][place % kLegacyPageSize] = byte;
+      if (byteNumber < std::size_t{kLegacyPages} * kLegacyPageSize) {
+        mPages[byteNumber / kLegacyPageSize][byteNumber % kLegacyPageSize] = byte;
       }
-      ++place;
+      ++byteNumber;
     }
   }
 }

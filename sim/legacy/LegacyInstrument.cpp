@@ -123,7 +123,7 @@ bool LegacyInstrument::Read(std::uint8_t device, std::uint8_t reg, std::uint8_t&
 bool LegacyInstrument::BurstWrite(std::uint8_t device, std::span<const std::uint8_t> bytes) {
   if (device == kMotorDevice) {
     const std::optional<RampedMove> move = RampedMove::Decode(bytes);
-    return move && mMotors.Take(*move);
+    return move && mMotors.Start(*move);
   }
   if (device != kStatusDevice || !TakesBursts()) {
     return false;

@@ -73,7 +73,7 @@ const MotorFault* LegacyMotors::FaultFor(int motor, int move) const {
   return hit == mFaults.end() ? nullptr : &*hit;
 }
 
-bool LegacyMotors::Take(const RampedMove& move) {
+bool LegacyMotors::Start(const RampedMove& move) {
   if (IsMoving(move.motor) || move.minimum < 1 || move.maximum < 1 ||
       (move.mode != HoleMode::kPlain && move.motor != kWaveMotor)) {
     return false;

@@ -36,7 +36,7 @@ class LegacyMotors {
 
   /// False: refused. A motor that runs, a ramp that never gets going and a hole mode on another motor than the drive's
   /// are. A motor that is not enabled takes the move and stands still.
-  bool Take(const RampedMove& move);
+  bool Start(const RampedMove& move);
 
   bool IsMoving(int motor) const;
   /// One bit for each running motor, as the instrument's status register shows them.
