@@ -301,7 +301,6 @@ TEST_F(CorvaneTest, NumbersOutsideTheirLimitsAreRefusedOnBothSides) {
   Load(1000);
   char text[2] = "";
   int number = 0;
-  bool state = false;
   float value = 0.0F;
   const char* blaze = nullptr;
   const struct {
@@ -312,19 +311,14 @@ TEST_F(CorvaneTest, NumbersOutsideTheirLimitsAreRefusedOnBothSides) {
   } cases[] = {
       {"line of output", [&](int n) { return mDriver.SendData(n); }, 0, 4},
       {"slit", [&](int n) { return mDriver.SetSlit(n, 100.0F); }, 0, 1},
-      {"slit asked for", [&](int n) { return mDriver.GetSlit(n, &value); }, 0, 1},
-      {"slit reset", [&](int n) { return mDriver.ResetSlit(n, false); }, 0, 1},
       {"filter", [&](int n) { return mDriver.SetFilter(n); }, 1, 6},
       {"filter's label", [&](int n) { return mDriver.GetFilterInfo(n, text, 2); }, 1, 6},
-      {"filter labelled", [&](int n) { return mDriver.SetFilterInfo(n, "x"); }, 1, 6},
       {"shutter", [&](int n) { return mDriver.SetShutter(n); }, 0, 1},
       {"accessory line", [&](int n) { return mDriver.SetAccessoryState(n, true); }, 1, 2},
-      {"accessory line asked for", [&](int n) { return mDriver.GetAccessoryState(n, state); }, 1, 2},
       {"grating", [&](int n) { return mDriver.SetGrating(n); }, 1, 3},
       {"grating's limits", [&](int n) { return mDriver.GetWavelengthLimits(n, &value, &value); }, 1, 3},
       {"turret", [&](int n) { return mDriver.SetTurret(n); }, 1, 2},
       {"exit", [&](int n) { return mDriver.ModifyDetectorOffset(0, n, 7); }, 0, 1},
-      {"exit asked for", [&](int n) { return mDriver.GetDetectorOffset(0, n, &number); }, 0, 1},
       {"entrance", [&](int n) { return mDriver.GetDetectorOffset(n, 0, &number); }, 0, 0},
   };
   for (const auto& [what, operation, least, most] : cases) {
