@@ -242,19 +242,19 @@ int LegacyBus::EngineMoving(int motor) {
   const bool read = I2CRead(kStatusDevice, reg, &status) == kBusSuccess;
   SleepMilliseconds(kPollMilliseconds);
   if (!selected || !read) {
-    return -1;
+    return kUnreadable;
   }
-  return (status & BusyMask(motor)) != 0 ? 1 : 0;
+  return (status & BusyMask(motor)) != 0 ? kMoving : kStanding;
 }
 
 int LegacyBus::WaitForStandstill(int motor) {
   int failedPolls = 0;
   while (failedPolls < kMostFailedPolls) {
     const int moving = EngineMoving(motor);
-    if (moving == 0) {
+    if (moving == kStanding) {
       return kSuccess;
     }
-    failedPolls = moving < 0 ? failedPolls + 1 : 0;
+    failedPolls = moving == kUnreadable ? failedPolls + 1 : 0;
   }
   return kFailure;
 }

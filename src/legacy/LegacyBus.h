@@ -24,6 +24,10 @@ class LegacyBus {
   /// From this FPGA version on registers are addressed directly; below it through a burst write first.
   static constexpr int kRegisterFpgaVersion = 23;
   static constexpr int kBlazeSlot = 32;
+  /// What a motor does.
+  static constexpr int kStanding = 0;
+  static constexpr int kMoving = 1;
+  static constexpr int kUnreadable = -1;
 
   /// The bus is borrowed and may be null: transfers then succeed without doing anything.
   LegacyBus(TI2CInterface* i2c, bool usb);
@@ -64,7 +68,7 @@ class LegacyBus {
 
   /// 0 to 254; 0 also for 255 and when it cannot be read.
   int GetFPGAVersion();
-  /// 1 while the motor (0 to 4) moves, 0 when it stands, -1 when its state cannot be read. Sleeps 10 ms.
+  /// kMoving, kStanding, or kUnreadable when the state of the motor (0 to 4) cannot be read. Sleeps 10 ms.
   int EngineMoving(int motor);
   /// Waits until the motor stands, without a time limit: a stuck motor is waited for. A bus on which 100 polls in a row
   /// fail is not: kFailure.

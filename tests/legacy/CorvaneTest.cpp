@@ -319,6 +319,7 @@ TEST_F(CorvaneTest, NumbersOutsideTheirLimitsAreRefusedOnBothSides) {
       {"grating's limits", [&](int n) { return mDriver.GetWavelengthLimits(n, &value, &value); }, 1, 3},
       {"turret", [&](int n) { return mDriver.SetTurret(n); }, 1, 2},
       {"exit", [&](int n) { return mDriver.ModifyDetectorOffset(0, n, 7); }, 0, 1},
+      {"exit asked for", [&](int n) { return mDriver.GetDetectorOffset(0, n, &number); }, 0, 1},
       {"entrance", [&](int n) { return mDriver.GetDetectorOffset(n, 0, &number); }, 0, 0},
   };
   for (const auto& [what, operation, least, most] : cases) {

@@ -14,8 +14,12 @@ namespace {
 using corvane::legacy::kFailure;
 using corvane::legacy::kSuccess;
 
+constexpr int kMoving = corvane::LegacyBus::kMoving;
+constexpr int kStanding = corvane::LegacyBus::kStanding;
 constexpr std::uint8_t kPage0 = corvane::LegacyBus::kEepromBase;
 constexpr std::uint8_t kMotors = corvane::LegacyBus::kMotorController;
+constexpr const char* kEnterUsb = "0=196";
+constexpr const char* kLeaveUsb = "0=199";
 constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
 /// What the EEPROM takes for a byte at most.
 constexpr double kStoreMilliseconds = 15;
@@ -89,12 +93,14 @@ TEST(LegacyBus, SeesAMotorMoveByItsOwnBits) {
     SimulatedLegacyBus device(description);
     corvane::LegacyBus bus(&device, true);
     ASSERT_EQ(bus.StartRampedMove(kMotors, {1, true, true, corvane::MoveMode::kPlain, 800, kSlowRamp}), kSuccess);
-    for (const auto& [motor, moving] : {std::pair{0, 0}, {1, 1}, {2, 0}, {3, 1}, {4, 1}}) {
+    for (const auto& [motor, moving] :
+         {std::pair{0, kStanding}, {1, kMoving}, {2, kStanding}, {3, kMoving}, {4, kMoving}}) {
       EXPECT_EQ(bus.EngineMoving(motor), moving) << motor;
     }
     EXPECT_EQ(bus.WaitForStandstill(1), kSuccess);
     ASSERT_EQ(bus.StartRampedMove(kMotors, {2, true, true, corvane::MoveMode::kPlain, 800, kSlowRamp}), kSuccess);
-    for (const auto& [motor, moving] : {std::pair{0, 1}, {1, 0}, {2, 1}, {3, 0}, {4, 0}}) {
+    for (const auto& [motor, moving] :
+         {std::pair{0, kMoving}, {1, kStanding}, {2, kMoving}, {3, kStanding}, {4, kStanding}}) {
       EXPECT_EQ(bus.EngineMoving(motor), moving) << motor;
     }
   }
@@ -105,7 +111,7 @@ TEST(LegacyBus, GivesUpAMotorOnADeadBus) {
   corvane::LegacyBus bus(&device, false);
   device.answers = 0;
   const std::uint64_t before = device.time.Slept();
-  EXPECT_EQ(bus.EngineMoving(0), -1);
+  EXPECT_EQ(bus.EngineMoving(0), corvane::LegacyBus::kUnreadable);
   EXPECT_EQ(bus.WaitForStandstill(0), kFailure);
   EXPECT_LE(device.time.Slept() - before, 1'100'000U);
 }
@@ -116,11 +122,11 @@ TEST(LegacyBus, TellsFirstGenerationControllersOfAUsbCamera) {
   SimulatedLegacyBus device(description);
   corvane::LegacyBus bus(&device, false);
   bus.SetControl(&device, true);
-  EXPECT_EQ(device.TakeStatus(), std::vector<std::string>{"0=196"});
+  EXPECT_EQ(device.TakeStatus(), std::vector<std::string>{kEnterUsb});
   bus.SetControl(&device, true);
   EXPECT_EQ(device.TakeStatus(), std::vector<std::string>{});
   bus.SetControl(&device, false);
-  EXPECT_EQ(device.TakeStatus(), std::vector<std::string>{"0=199"});
+  EXPECT_EQ(device.TakeStatus(), std::vector<std::string>{kLeaveUsb});
 }
 
 }  // namespace

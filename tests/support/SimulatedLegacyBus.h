@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "camera/TI2CInterface.h"
+#include "legacy/LegacyBus.h"
 #include "legacy/LegacyInstrument.h"
 #include "legacy/LegacyResult.h"
 #include "platform/TimeSource.h"
@@ -25,7 +26,6 @@
 class SimulatedLegacyBus final : public TI2CInterface {
  public:
   static constexpr int kAlways = std::numeric_limits<int>::max();
-  static constexpr std::uint8_t kFirstPage = 0x68;
 
   explicit SimulatedLegacyBus(const corvane::sim::LegacyDescription& description = corvane::sim::DefaultLegacy())
       : mInstrument(description, [] { return std::chrono::microseconds(corvane::Time().MonotonicMicroseconds()); }) {}
@@ -71,13 +71,13 @@ class SimulatedLegacyBus final : public TI2CInterface {
   void Program(int page, int offset, std::string_view bytes) {
     SetWriteMode(true);
     for (const char byte : bytes) {
-      const auto device = static_cast<std::uint8_t>(kFirstPage + page);
+      const auto device = static_cast<std::uint8_t>(corvane::LegacyBus::kEepromBase + page);
       mInstrument.Write(device, static_cast<std::uint8_t>(offset++), static_cast<std::uint8_t>(byte));
       time.AdvanceMilliseconds(kLongestStore);
     }
     SetWriteMode(false);
   }
-  void SetWriteMode(bool on) { mInstrument.Write(0x6F, 0xFF, on ? 2 : 0); }
+  void SetWriteMode(bool on) { mInstrument.Write(corvane::LegacyBus::kWriteModeDevice, 0xFF, on ? 2 : 0); }
 
   unsigned int Write(unsigned char device, unsigned char reg, unsigned char data) override {
     if (device == kStatusDevice && !WillFail()) {
@@ -112,7 +112,7 @@ class SimulatedLegacyBus final : public TI2CInterface {
 
  private:
   static constexpr unsigned int kDead = 20081;
-  static constexpr std::uint8_t kStatusDevice = 0x11;
+  static constexpr std::uint8_t kStatusDevice = corvane::LegacyBus::kStatusDevice;
   static constexpr std::uint8_t kMotorStatus = 0xC3;
   static constexpr std::uint64_t kLongestStore = 20;
 
