@@ -72,8 +72,8 @@ TEST_F(SdkComponents, CommandsAreBusyMeanwhileAndTellOfSuccessAlone) {
     mBus.TakeMoves();
     BusyLog log(component);
     if (missing.bit != 0) {
-      mBus.tamper = [&missing](std::uint8_t reg, std::uint8_t& value) {
-        value = reg == missing.selector ? missing.bit : value;
+      mBus.tamper = [absent = missing](std::uint8_t reg, std::uint8_t& value) {
+        value = reg == absent.selector ? absent.bit : value;
       };
       EXPECT_EQ(ThrownBy(command), kFailureCode);
       EXPECT_EQ(log.Take(), Lines());

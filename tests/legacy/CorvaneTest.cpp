@@ -293,7 +293,10 @@ TEST_F(CorvaneTest, PartsMoveTheirMotorAndStoreWhereTheyStand) {
     SCOPED_TRACE(what);
     EXPECT_EQ(operation(mDriver), result);
     EXPECT_EQ(mBus.TakeMoves(), moves);
-    std::visit([&](auto number) { EXPECT_EQ(mBus.Stored<decltype(number)>(page, offset), number); }, stored);
+    const auto expectStored = [this, at = std::pair(page, offset)](auto number) {
+      EXPECT_EQ(mBus.Stored<decltype(number)>(at.first, at.second), number);
+    };
+    std::visit(expectStored, stored);
   }
 }
 

@@ -104,7 +104,7 @@ std::string TextOf(const StoredValue& stored) {
 corvane::sim::LegacyDescription BlankEeprom() {
   corvane::sim::LegacyDescription description = corvane::sim::DefaultLegacy();
   description.memoryPatches.push_back(
-      {0, 0, std::vector<unsigned char>(corvane::sim::kLegacyPages * corvane::sim::kLegacyPageSize)});
+      {0, 0, std::vector<unsigned char>(std::size_t{corvane::sim::kLegacyPages} * corvane::sim::kLegacyPageSize)});
   return description;
 }
 
@@ -202,20 +202,20 @@ INSTANTIATE_TEST_SUITE_P(Versions, EECorvDataOfVersion, testing::ValuesIn(kVersi
 
 TEST(EECorvData, RefusesForeignAndNewerRecordsButNotUnclearVersions) {
   const struct {
-    unsigned char mark;
     std::string version;
     int result;
+    unsigned char mark;
   } cases[] = {
-      {0x10, "3.1", kBeyondLimits},
-      {0x10, "4.0", kBeyondLimits},
-      {0x63, "3.0", kFailure},
-      {0xFF, "3.0", kFailure},
+      {"3.1", kBeyondLimits, 0x10},
+      {"4.0", kBeyondLimits, 0x10},
+      {"3.0", kFailure, 0x63},
+      {"3.0", kFailure, 0xFF},
       // Versions that are none leave the numbers as they are, and reading goes on.
-      {0x10, "3.0 ", kSuccess},
-      {0x10, "1.0\xFF\xFF", kSuccess},
-      {0x10, "none", kSuccess},
+      {"3.0 ", kSuccess, 0x10},
+      {"1.0\xFF\xFF", kSuccess, 0x10},
+      {"none", kSuccess, 0x10},
   };
-  for (const auto& [mark, version, result] : cases) {
+  for (const auto& [version, result, mark] : cases) {
     SCOPED_TRACE(version);
     corvane::sim::LegacyDescription description = Programmed(version);
     description.memoryPatches.push_back({0, 0, {mark}});
@@ -326,7 +326,10 @@ TEST_P(EECorvDataOfVersion, ReadsTheKeysThatItsFileHolds) {
   std::string current;
   for (const auto& [name, text] : KeysOf(source.values).texts) {
     const std::string section = name.substr(0, name.find('.'));
-    file += (section == current ? "" : "[" + section + "]\n") + name.substr(section.size() + 1) + "=" + text + "\n";
+    if (section != current) {
+      file.append("[").append(section).append("]\n");
+    }
+    file.append(name, section.size() + 1, std::string::npos).append("=").append(text).append("\n");
     current = section;
   }
   const auto read = KeysOf(ReadFile(file)).texts;

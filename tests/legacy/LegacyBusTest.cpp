@@ -62,7 +62,7 @@ TEST(LegacyBus, ANumberInABlazesPlaceIsTakenForItsText) {
     SimulatedLegacyBus device;
     corvane::LegacyBus bus(&device, false);
     device.Program(1, 200, {reinterpret_cast<const char*>(&number), sizeof(number)});
-    device.Program(1, 200, std::string_view("", 1));
+    device.Program(1, 200, std::string(1, '\0'));
     char read[corvane::LegacyBus::kBlazeSlot] = "x";
     ASSERT_EQ(bus.ReadBlaze(read, 4, kPage0 + 1, 200), kSuccess);
     EXPECT_STREQ(read, text);
