@@ -27,8 +27,6 @@ enum Page { kGeneral, kWave, kSlit, kFilter, kFlipper, kOutputSlit };
 constexpr std::uint8_t kRecordMark = 16;
 constexpr int kLabelWidth = 10;
 constexpr int kQuadratics = 9;
-/// Lines per mm for which the stored wavelength is the wavelength itself.
-constexpr float kReferenceLines = 1200.0F;
 
 /// In milliseconds.
 constexpr float kShutterOpenTime = 20.0F;

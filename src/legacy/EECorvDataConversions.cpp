@@ -90,7 +90,7 @@ int EECorvData::ConvertWaveToSteps(float wavelength, int grating, int detector) 
     return kOutOfReach;
   }
   const CorvDataValues::Grating& of = values.ActiveTurret().gratings[static_cast<std::size_t>(grating - 1)];
-  const float x = wavelength / kReferenceLines * of.lines;
+  const float x = wavelength / corvane::kReferenceLines * of.lines;
   const long double sine = Polynomial(values, x);
   if (sine > 1.0L) {
     return kOutOfReach;

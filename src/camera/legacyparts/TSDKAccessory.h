@@ -5,7 +5,8 @@
 
 class Corvane;
 
-/// Without an accessory at the port, and on every failure, operations throw TCorvaneException(kSdkFailure).
+/// Without an accessory at the port, and on every failure, operations throw
+/// TCorvaneException(TCorvaneException::kFailure).
 class TSDKAccessory final : public ISpectrographAccessory {
  public:
   /// Borrowed; outlives the component.

@@ -14,7 +14,7 @@ class TSDKEeprom final : public ISpectrographEEPROM {
   int GetNumberGratings() override { return 0; }
   void GetGratingInfoEx(int grating, float& lines, const char*& blaze, float& home, float& offset) override;
   void GetGratingInfo(int grating, float& lines, const char*& blaze) override;
-  /// Throws TCorvaneException(kSdkFailure) when the instrument cannot be read.
+  /// Throws TCorvaneException(TCorvaneException::kFailure) when the instrument cannot be read.
   void GetOpticalParams(float& focalLength, float& angularDeviation, float& focalTilt) override;
 
  private:

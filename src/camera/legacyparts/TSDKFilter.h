@@ -5,7 +5,7 @@
 
 class Corvane;
 
-/// A wheel that is not fitted and every failure throw TCorvaneException(kSdkFailure).
+/// A wheel that is not fitted and every failure throw TCorvaneException(TCorvaneException::kFailure).
 class TSDKFilter final : public ISpectrographFilter {
  public:
   /// Borrowed; outlives the component.

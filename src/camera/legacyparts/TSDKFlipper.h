@@ -5,7 +5,7 @@
 
 class Corvane;
 
-/// A mirror that is not fitted and every failure throw TCorvaneException(kSdkFailure).
+/// A mirror that is not fitted and every failure throw TCorvaneException(TCorvaneException::kFailure).
 class TSDKFlipper final : public ISpectrographFlipper {
  public:
   /// The driver is borrowed and outlives the component.

@@ -1,5 +1,5 @@
 // The focus mirror that older instruments do not have: it is never present, so its operations throw
-// TCorvaneException(kSdkFailure).
+// TCorvaneException(TCorvaneException::kFailure).
 #pragma once
 
 #include "core/ISpectrographFocusMirror.h"

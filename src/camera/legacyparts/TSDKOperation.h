@@ -1,6 +1,6 @@
 // The one bracket around what a component of an older instrument asks of the driver: a command or a query. Every TSDK
 // component uses it; it knows none of them. A part that is not fitted, and every failure of the driver, throws
-// TCorvaneException(kSdkFailure).
+// TCorvaneException(TCorvaneException::kFailure).
 #pragma once
 
 #include <cstdint>
@@ -14,9 +14,6 @@
 
 namespace corvane {
 
-/// The code of every failure of a component.
-inline constexpr std::int32_t kSdkFailure = 1;
-
 /// Whether `part` is fitted; a component without a driver stands for a part that this model does not have.
 inline bool SdkPartFitted(Corvane* driver, Corvane::TPart part) {
   return driver != nullptr && driver->DeviceExists(part);
@@ -25,14 +22,14 @@ inline bool SdkPartFitted(Corvane* driver, Corvane::TPart part) {
 /// The driver behind a component that is present. Throws before anything else happens, so no client is told.
 inline Corvane& PresentDriver(TDeviceServer& component, Corvane* driver) {
   if (!component.IsPresent() || driver == nullptr) {
-    throw TCorvaneException(kSdkFailure);
+    throw TCorvaneException(TCorvaneException::kFailure);
   }
   return *driver;
 }
 
 inline void ThrowOnDriverFailure(unsigned int result) {
   if (result != Corvane::kSuccess) {
-    throw TCorvaneException(kSdkFailure);
+    throw TCorvaneException(TCorvaneException::kFailure);
   }
 }
 

@@ -26,11 +26,11 @@ bool TSDKShutter::IsExternalModePossible(int mode) {
 }
 
 void TSDKShutter::SetInternalShutter(int /*mode*/) {
-  throw TCorvaneException(corvane::kSdkFailure);
+  throw TCorvaneException(TCorvaneException::kFailure);
 }
 
 int TSDKShutter::GetInternalShutter() {
-  throw TCorvaneException(corvane::kSdkFailure);
+  throw TCorvaneException(TCorvaneException::kFailure);
 }
 
 void TSDKShutter::ExternalChange() {

@@ -5,7 +5,7 @@
 
 class Corvane;
 
-/// A shutter that is not fitted and every failure throw TCorvaneException(kSdkFailure).
+/// A shutter that is not fitted and every failure throw TCorvaneException(TCorvaneException::kFailure).
 class TSDKShutter final : public ISpectrographShutter {
  public:
   /// Borrowed; outlives the component.

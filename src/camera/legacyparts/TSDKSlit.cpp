@@ -19,11 +19,11 @@ float TSDKSlit::GetSlit() {
 }
 
 void TSDKSlit::SetSlitMode(const char* /*mode*/) {
-  throw TCorvaneException(corvane::kSdkFailure);
+  throw TCorvaneException(TCorvaneException::kFailure);
 }
 
 const char* TSDKSlit::GetSlitMode() {
-  throw TCorvaneException(corvane::kSdkFailure);
+  throw TCorvaneException(TCorvaneException::kFailure);
 }
 
 void TSDKSlit::Reset() {

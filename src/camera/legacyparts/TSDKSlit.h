@@ -5,7 +5,7 @@
 #include "legacy/Corvane.h"
 
 /// Without a driver the slit is one that this model does not have. A slit that is not fitted, a mode, and every failure
-/// throw TCorvaneException(kSdkFailure).
+/// throw TCorvaneException(TCorvaneException::kFailure).
 class TSDKSlit : public ISpectrographSlit {
  public:
   /// Borrowed; outlives the component.

@@ -5,7 +5,7 @@
 
 class Corvane;
 
-/// Always present. Failures throw TCorvaneException(kSdkFailure).
+/// Always present. Failures throw TCorvaneException(TCorvaneException::kFailure).
 class TSDKWavelength final : public ISpectrographWavelength {
  public:
   /// Borrowed; outlives the component.
