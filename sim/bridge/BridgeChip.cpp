@@ -26,7 +26,7 @@ constexpr std::uint8_t kBulk = 2;
 constexpr std::uint16_t kEnglish = 0x0409;
 constexpr std::size_t kLongestString = 126;
 
-// Vendor requests.
+// Vendor requests, and words in them.
 constexpr std::uint8_t kReset = 0;
 constexpr std::uint8_t kModemControl = 1;
 constexpr std::uint8_t kFlowControl = 2;
@@ -42,9 +42,7 @@ constexpr std::uint8_t kGetBitMode = 12;
 constexpr std::uint8_t kEepromRead = 0x90;
 constexpr std::uint8_t kEepromWrite = 0x91;
 constexpr std::uint8_t kEepromErase = 0x92;
-constexpr std::uint16_t kResetAll = 0;
-constexpr std::uint16_t kPurgeReceive = 1;
-constexpr std::uint16_t kPurgeTransmit = 2;
+constexpr std::uint16_t kPurgeTransmit = 2;  // 0 empties both buffers, 1 that of received bytes
 constexpr std::uint16_t kErasedWord = 0xFFFF;
 constexpr std::uint16_t kDtrMask = 0x0100;
 constexpr std::uint16_t kDtrLevel = 0x0001;
@@ -71,6 +69,89 @@ int Answer(std::span<std::uint8_t> data, std::span<const std::uint8_t> answer) {
   std::copy_n(answer.begin(), length, data.begin());
   return static_cast<int>(length);
 }
+
+/// What a vendor request tells the channel that its index word names.
+struct ChannelWords {
+  std::uint16_t value;
+  std::uint8_t beside;  ///< the index word without the port
+};
+
+int ResetChannel(BridgeChannel& channel, const ChannelWords& words, std::span<std::uint8_t> data) {
+  if (words.value > kPurgeTransmit) {
+    return -EPIPE;
+  }
+  if (words.value != kPurgeTransmit) {
+    channel.PurgeReceive();
+  }
+  return static_cast<int>(data.size());
+}
+
+int SwitchLines(BridgeChannel& channel, const ChannelWords& words, std::span<std::uint8_t> data) {
+  auto& set = channel.Set();
+  set.dtr = (words.value & kDtrMask) != 0 ? (words.value & kDtrLevel) != 0 : set.dtr;
+  set.rts = (words.value & kRtsMask) != 0 ? (words.value & kRtsLevel) != 0 : set.rts;
+  return static_cast<int>(data.size());
+}
+
+int SetFlow(BridgeChannel& channel, const ChannelWords& words, std::span<std::uint8_t> data) {
+  channel.Set().flowMode = static_cast<std::uint16_t>(words.beside << 8);
+  channel.Set().flowCharacters = words.value;
+  return static_cast<int>(data.size());
+}
+
+int SetBaud(BridgeChannel& channel, const ChannelWords& words, std::span<std::uint8_t> data) {
+  channel.Set().divisor = words.value;
+  channel.Set().divisorIndex = words.beside;
+  return static_cast<int>(data.size());
+}
+
+int SetLatency(BridgeChannel& channel, const ChannelWords& words, std::span<std::uint8_t> data) {
+  channel.Set().latency = Low(words.value);
+  return static_cast<int>(data.size());
+}
+
+template <auto Setting>
+int SetWord(BridgeChannel& channel, const ChannelWords& words, std::span<std::uint8_t> data) {
+  channel.Set().*Setting = words.value;
+  return static_cast<int>(data.size());
+}
+
+int TellStatus(BridgeChannel& channel, const ChannelWords& /*words*/, std::span<std::uint8_t> data) {
+  return Answer(data, channel.Status());
+}
+
+int TellLatency(BridgeChannel& channel, const ChannelWords& /*words*/, std::span<std::uint8_t> data) {
+  return Answer(data, {&channel.Set().latency, 1});
+}
+
+int TellPins(BridgeChannel& channel, const ChannelWords& /*words*/, std::span<std::uint8_t> data) {
+  return Answer(data, std::array{channel.Pins()});
+}
+
+struct ChannelRow {
+  std::uint8_t request;
+  bool asksForData;
+  bool laterChipsOnly;  ///< the oldest chips stall it
+  /// The length of the data stage, or -EPIPE for a stall.
+  int (*serve)(BridgeChannel& channel, const ChannelWords& words, std::span<std::uint8_t> data);
+};
+
+constexpr bool kAsks = true;
+constexpr bool kLater = true;
+using Settings = BridgeChannel::Settings;
+constexpr std::array<ChannelRow, 12> kChannelRequests{
+    {{kReset, !kAsks, !kLater, &ResetChannel},
+     {kModemControl, !kAsks, !kLater, &SwitchLines},
+     {kFlowControl, !kAsks, !kLater, &SetFlow},
+     {kBaudRate, !kAsks, !kLater, &SetBaud},
+     {kDataCharacteristics, !kAsks, !kLater, &SetWord<&Settings::line>},
+     {kModemStatus, kAsks, !kLater, &TellStatus},
+     {kEventCharacter, !kAsks, !kLater, &SetWord<&Settings::eventCharacter>},
+     {kErrorCharacter, !kAsks, !kLater, &SetWord<&Settings::errorCharacter>},
+     {kSetLatency, !kAsks, kLater, &SetLatency},
+     {kGetLatency, kAsks, kLater, &TellLatency},
+     {kSetBitMode, !kAsks, kLater, &SetWord<&Settings::bitMode>},
+     {kGetBitMode, kAsks, kLater, &TellPins}}};
 
 std::vector<std::uint8_t> StringDescriptor(const std::string& text) {
   std::vector<std::uint8_t> descriptor{Low(2 + 2 * text.size()), kStringType};
@@ -248,65 +329,23 @@ int BridgeChip::StandardRequest(const Request& request, std::span<std::uint8_t> 
   }
 }
 
-int BridgeChip::VendorRequest(Request& request, std::span<std::uint8_t> data) {
-  const bool toHost = (request.type & kToHost) != 0;
-  const int taken = static_cast<int>(data.size());
+int BridgeChip::VendorRequest(const Request& request, std::span<std::uint8_t> data) {
   if (request.request >= kEepromRead) {
     return EepromRequest(request, data);
   }
-  const bool asksForData =
-      request.request == kModemStatus || request.request == kGetLatency || request.request == kGetBitMode;
-  const bool forLaterChips = request.request >= kSetLatency && request.request <= kGetBitMode;
+  const auto row = std::ranges::find(kChannelRequests, request.request, &ChannelRow::request);
+  if (row == kChannelRequests.end()) {
+    return -EPIPE;
+  }
   // The upper byte of the index carries a mode or divisor bits where there are any; for a baud rate on a plain chip the
   // lower one does.
   const bool plainBaud = request.request == kBaudRate && mChannels.size() == 1 && !HasFastClock();
   BridgeChannel* const channel = AtPort(plainBaud ? 0 : Low(request.index));
-  if (toHost != asksForData || (forLaterChips && IsOldest()) || channel == nullptr) {
+  const bool toHost = (request.type & kToHost) != 0;
+  if (toHost != row->asksForData || (row->laterChipsOnly && IsOldest()) || channel == nullptr) {
     return -EPIPE;
   }
-  auto& set = channel->Set();
-  switch (request.request) {
-    case kReset:
-      if (request.value == kResetAll || request.value == kPurgeReceive) {
-        channel->PurgeReceive();
-      }
-      return request.value <= kPurgeTransmit ? taken : -EPIPE;
-    case kModemControl:
-      set.dtr = (request.value & kDtrMask) != 0 ? (request.value & kDtrLevel) != 0 : set.dtr;
-      set.rts = (request.value & kRtsMask) != 0 ? (request.value & kRtsLevel) != 0 : set.rts;
-      return taken;
-    case kFlowControl:
-      set.flowMode = static_cast<std::uint16_t>(High(request.index) << 8);
-      set.flowCharacters = request.value;
-      return taken;
-    case kBaudRate:
-      set.divisor = request.value;
-      set.divisorIndex = plainBaud ? Low(request.index) : High(request.index);
-      return taken;
-    case kDataCharacteristics:
-      set.line = request.value;
-      return taken;
-    case kEventCharacter:
-      set.eventCharacter = request.value;
-      return taken;
-    case kErrorCharacter:
-      set.errorCharacter = request.value;
-      return taken;
-    case kSetBitMode:
-      set.bitMode = request.value;
-      return taken;
-    case kModemStatus:
-      return Answer(data, channel->Status());
-    case kSetLatency:
-      set.latency = Low(request.value);
-      return taken;
-    case kGetLatency:
-      return Answer(data, {&set.latency, 1});
-    case kGetBitMode:
-      return Answer(data, std::vector<std::uint8_t>{channel->Pins()});
-    default:
-      return -EPIPE;
-  }
+  return row->serve(*channel, {request.value, plainBaud ? Low(request.index) : High(request.index)}, data);
 }
 
 int BridgeChip::EepromRequest(const Request& request, std::span<std::uint8_t> data) {

@@ -14,13 +14,14 @@
 #include <vector>
 
 #include "bridge/BridgeChannel.h"
+#include "bridge/UsbIdentifiers.h"
 #include "model/ISerialPeer.h"
 
 class BridgeChip {
  public:
   struct Options {
-    std::uint16_t vendorId = 0x0403;
-    std::uint16_t productId = 0x6001;
+    std::uint16_t vendorId = usbid::kChipMaker;
+    std::uint16_t productId = usbid::kSerialCable;
     /// bcdDevice; the high byte tells the kind of chip. One of the oldest (0x02 with a serial number) stalls requests
     /// of the latency timer and of bit modes; 0x07 to 0x09, and any of high speed, divide 12 MHz when the baud request
     /// says so.
@@ -116,7 +117,7 @@ class BridgeChip {
 
  private:
   int StandardRequest(const Request& request, std::span<std::uint8_t> data);
-  int VendorRequest(Request& request, std::span<std::uint8_t> data);
+  int VendorRequest(const Request& request, std::span<std::uint8_t> data);
   int EepromRequest(const Request& request, std::span<std::uint8_t> data);
   bool IsOldest() const;
   bool HasFastClock() const;

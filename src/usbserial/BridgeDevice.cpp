@@ -174,7 +174,7 @@ FT_STATUS BridgeDevice::Write(void* bytes, DWORD count, DWORD* written) {
 }
 
 FT_STATUS BridgeDevice::Send(std::span<std::uint8_t> bytes, DWORD& written) {
-  return WhileOpen([&]() -> FT_STATUS {
+  return WhileOpen([&] {
     mUnsent = static_cast<DWORD>(bytes.size());
     written = static_cast<DWORD>(mWrites->Send(bytes, milliseconds(mWriteTimeout.load())));
     mUnsent = 0;
@@ -190,7 +190,7 @@ FT_STATUS BridgeDevice::Send(std::span<std::uint8_t> bytes, DWORD& written) {
 
 // Only the two bits do something: a mask without them keeps received bytes.
 FT_STATUS BridgeDevice::Purge(DWORD mask) {
-  return WhileOpen([&]() -> FT_STATUS {
+  return WhileOpen([&] {
     if ((mask & FT_PURGE_RX) != 0) {
       const FT_STATUS status = PurgeReceive();
       if (status != FT_OK) {
@@ -233,7 +233,7 @@ FT_STATUS BridgeDevice::ResetPort(const std::vector<std::shared_ptr<BridgeDevice
   for (Standstill& each : still) {
     done = each.Resume() && done;
   }
-  return static_cast<FT_STATUS>(done ? FT_OK : FT_IO_ERROR);
+  return done ? FT_OK : FT_IO_ERROR;
 }
 
 FT_STATUS BridgeDevice::Request(BridgeRequest name, unsigned value, unsigned index, std::span<std::uint8_t> answer) {

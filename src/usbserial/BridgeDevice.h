@@ -111,7 +111,7 @@ class BridgeDevice {
   template <class Body>
   FT_STATUS WhileOpen(Body&& body) {
     const std::shared_lock use(mUse);
-    return mClosing ? static_cast<FT_STATUS>(FT_IO_ERROR) : body();
+    return mClosing ? FT_IO_ERROR : body();
   }
   FT_STATUS PurgeReceive();
   void SignalEvents();

@@ -30,7 +30,7 @@ DWORD ChipTypeOf(std::uint16_t release, std::uint8_t serialIndex) {
   }
   const auto* const row =
       std::find_if(kReleases.begin(), kReleases.end(), [&](const ChipRelease& r) { return r.major == major; });
-  return row == kReleases.end() ? static_cast<DWORD>(FT_DEVICE_UNKNOWN) : row->type;
+  return row == kReleases.end() ? FT_DEVICE_UNKNOWN : row->type;
 }
 
 bool HasFastBaudClock(const BridgeIdentity& identity) {

@@ -23,7 +23,7 @@ FT_STATUS ControlPath::Vendor(std::uint8_t request, std::uint16_t value, std::ui
   const int result = Transfer(request, value, index, buffer, type, mTimeout);
   // Deliberate: a request that sends data fails by its length, though the chip got it.
   const int wanted = type == kVendorIn ? static_cast<int>(buffer.size()) : 0;
-  return static_cast<FT_STATUS>(result == wanted ? FT_OK : FT_IO_ERROR);
+  return result == wanted ? FT_OK : FT_IO_ERROR;
 }
 
 FT_STATUS ControlPath::Send(BridgeRequest name, unsigned value, unsigned index, std::span<std::uint8_t> answer) const {

@@ -29,16 +29,16 @@ FT_STATUS Guarded(Body&& body) {
 /// Runs the body on the device of the handle, 1 if there is none.
 template <class Body>
 FT_STATUS OnDevice(FT_HANDLE handle, Body&& body) {
-  return Guarded([&]() -> FT_STATUS {
+  return Guarded([&] {
     const auto device = BridgeLibrary::Instance().Find(handle);
-    return device == nullptr ? static_cast<FT_STATUS>(FT_INVALID_HANDLE) : std::forward<Body>(body)(*device);
+    return device == nullptr ? FT_INVALID_HANDLE : std::forward<Body>(body)(*device);
   });
 }
 
 /// Runs the body on the device of the handle, 1 if there is none, 6 if one of the pointers is null.
 template <class Body, class... Pointers>
 FT_STATUS OnDeviceWith(FT_HANDLE handle, Body&& body, const Pointers*... pointers) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     const bool complete = (true && ... && (pointers != nullptr));
     if (!complete) {
       return FT_INVALID_PARAMETER;

@@ -33,7 +33,7 @@ FT_HANDLE OpenNamed(PVOID arg, DWORD flags) {
 }  // namespace
 
 FT_STATUS FT_Open(int index, FT_HANDLE* handle) {
-  return Guarded([&]() -> FT_STATUS {
+  return Guarded([&] {
     if (handle == nullptr) {
       return FT_INVALID_PARAMETER;
     }
@@ -43,7 +43,7 @@ FT_STATUS FT_Open(int index, FT_HANDLE* handle) {
 }
 
 FT_STATUS FT_OpenEx(PVOID arg, DWORD flags, FT_HANDLE* handle) {
-  return Guarded([&]() -> FT_STATUS {
+  return Guarded([&] {
     if (handle == nullptr) {
       return FT_INVALID_PARAMETER;
     }
@@ -53,12 +53,12 @@ FT_STATUS FT_OpenEx(PVOID arg, DWORD flags, FT_HANDLE* handle) {
 }
 
 FT_STATUS FT_Close(FT_HANDLE handle) {
-  return Guarded([&]() -> FT_STATUS { return BridgeLibrary::Instance().Close(handle) ? FT_OK : FT_INVALID_HANDLE; });
+  return Guarded([&] { return BridgeLibrary::Instance().Close(handle) ? FT_OK : FT_INVALID_HANDLE; });
 }
 
 FT_STATUS FT_Read(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD received) {
   const corvane::CancelShield shield;  // outside the frame's own, so that it knows what the host allows
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     if (buffer == nullptr || received == nullptr) {
       return FT_INVALID_PARAMETER;
     }
@@ -83,7 +83,7 @@ FT_STATUS FT_WriteMultiThread(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDW
 }
 
 FT_STATUS FT_SetTimeouts(FT_HANDLE handle, DWORD readTimeout, DWORD writeTimeout) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     device.SetTimeouts(readTimeout, writeTimeout);
     return FT_OK;
   });
@@ -94,7 +94,7 @@ FT_STATUS FT_Purge(FT_HANDLE handle, DWORD mask) {
 }
 
 FT_STATUS FT_SetUSBParameters(FT_HANDLE handle, ULONG inTransferSize, ULONG) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     if (inTransferSize < kRequestStep || inTransferSize > corvane::ReadPipeline::kMaxRequest ||
         inTransferSize % kRequestStep != 0) {
       return FT_INVALID_PARAMETER;
@@ -105,14 +105,14 @@ FT_STATUS FT_SetUSBParameters(FT_HANDLE handle, ULONG inTransferSize, ULONG) {
 }
 
 FT_STATUS FT_SetDeadmanTimeout(FT_HANDLE handle, ULONG timeout) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     device.SetControlTimeout(timeout);
     return FT_OK;
   });
 }
 
 FT_STATUS FT_GetDeviceInfo(FT_HANDLE handle, FT_DEVICE* type, LPDWORD id, PCHAR serial, PCHAR description, LPVOID) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     const BridgeIdentity& identity = device.Identity();
     Store(type, identity.type);
     Store(id, identity.id);
@@ -127,7 +127,7 @@ FT_STATUS FT_GetDeviceInfo(FT_HANDLE handle, FT_DEVICE* type, LPDWORD id, PCHAR 
 }
 
 FT_STATUS FT_GetDeviceLocId(FT_HANDLE handle, LPDWORD locId) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     if (locId == nullptr) {
       return FT_INVALID_PARAMETER;
     }

@@ -18,7 +18,7 @@ constexpr DWORD kLastAddress = 0xFFFF;
 template <class... Pointers>
 FT_STATUS NotOffered(FT_HANDLE handle, const Pointers*... pointers) {
   return OnDeviceWith(
-      handle, [](BridgeDevice&) -> FT_STATUS { return FT_NOT_SUPPORTED; }, pointers...);
+      handle, [](BridgeDevice&) { return FT_NOT_SUPPORTED; }, pointers...);
 }
 
 }  // namespace
@@ -26,7 +26,7 @@ FT_STATUS NotOffered(FT_HANDLE handle, const Pointers*... pointers) {
 FT_STATUS FT_ReadEE(FT_HANDLE handle, DWORD address, LPWORD value) {
   return OnDeviceWith(
       handle,
-      [&](BridgeDevice& device) -> FT_STATUS {
+      [&](BridgeDevice& device) {
         if (address > kLastAddress) {
           return FT_INVALID_PARAMETER;
         }
@@ -41,9 +41,8 @@ FT_STATUS FT_ReadEE(FT_HANDLE handle, DWORD address, LPWORD value) {
 }
 
 FT_STATUS FT_WriteEE(FT_HANDLE handle, DWORD address, WORD value) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
-    return address > kLastAddress ? static_cast<FT_STATUS>(FT_INVALID_PARAMETER)
-                                  : device.Request(BridgeRequest::kWriteEeprom, value, address);
+  return OnDevice(handle, [&](BridgeDevice& device) {
+    return address > kLastAddress ? FT_INVALID_PARAMETER : device.Request(BridgeRequest::kWriteEeprom, value, address);
   });
 }
 

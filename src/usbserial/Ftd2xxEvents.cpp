@@ -9,7 +9,7 @@ using corvane::OnDeviceWith;
 namespace {
 
 FT_STATUS HoldReading(FT_HANDLE handle, bool held) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     device.Reads().SetHeld(held);
     return FT_OK;
   });
@@ -20,7 +20,7 @@ FT_STATUS HoldReading(FT_HANDLE handle, bool held) {
 FT_STATUS FT_GetQueueStatus(FT_HANDLE handle, LPDWORD available) {
   return OnDeviceWith(
       handle,
-      [&](BridgeDevice& device) -> FT_STATUS {
+      [&](BridgeDevice& device) {
         *available = device.Available();
         return FT_OK;
       },
@@ -34,7 +34,7 @@ FT_STATUS FT_GetQueueStatusEx(FT_HANDLE handle, LPDWORD available) {
 FT_STATUS FT_GetStatus(FT_HANDLE handle, LPDWORD receiveBytes, LPDWORD transmitBytes, LPDWORD events) {
   return OnDeviceWith(
       handle,
-      [&](BridgeDevice& device) -> FT_STATUS {
+      [&](BridgeDevice& device) {
         *receiveBytes = device.Available();
         *transmitBytes = device.Unsent();
         *events = device.Events().Pending();
@@ -46,7 +46,7 @@ FT_STATUS FT_GetStatus(FT_HANDLE handle, LPDWORD receiveBytes, LPDWORD transmitB
 FT_STATUS FT_GetEventStatus(FT_HANDLE handle, LPDWORD events) {
   return OnDeviceWith(
       handle,
-      [&](BridgeDevice& device) -> FT_STATUS {
+      [&](BridgeDevice& device) {
         *events = device.Events().TakeAll();
         return FT_OK;
       },
@@ -54,7 +54,7 @@ FT_STATUS FT_GetEventStatus(FT_HANDLE handle, LPDWORD events) {
 }
 
 FT_STATUS FT_SetEventNotification(FT_HANDLE handle, DWORD mask, PVOID event) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     if (event == nullptr && mask != 0) {
       return FT_INVALID_PARAMETER;
     }
@@ -64,7 +64,7 @@ FT_STATUS FT_SetEventNotification(FT_HANDLE handle, DWORD mask, PVOID event) {
 }
 
 FT_STATUS FT_SetWaitMask(FT_HANDLE handle, DWORD mask) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     device.Events().SetWaitMask(mask);
     return FT_OK;
   });
@@ -90,7 +90,7 @@ FT_STATUS FT_RestartInTask(FT_HANDLE handle) {
 }
 
 FT_STATUS FT_SetResetPipeRetryCount(FT_HANDLE handle, DWORD count) {
-  return OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  return OnDevice(handle, [&](BridgeDevice& device) {
     device.Reads().SetClearRetries(count);
     return FT_OK;
   });

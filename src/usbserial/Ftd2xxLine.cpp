@@ -129,7 +129,7 @@ FT_STATUS FT_CyclePort(FT_HANDLE handle) {
 
 FT_STATUS FT_VendorRequest(UCHAR request, USHORT value, USHORT index, PUCHAR buffer, USHORT length, UCHAR requestType,
                            FT_HANDLE device) {
-  return OnDevice(device, [&](BridgeDevice& open) -> FT_STATUS {
+  return OnDevice(device, [&](BridgeDevice& open) {
     if (buffer == nullptr && length != 0) {
       return FT_INVALID_PARAMETER;
     }

@@ -93,14 +93,14 @@ FT_STATUS ListDevices(PVOID arg1, PVOID arg2, DWORD flags) {
 }  // namespace
 
 FT_STATUS FT_SetVIDPID(DWORD vid, DWORD pid) {
-  return Guarded([&]() -> FT_STATUS {
+  return Guarded([&] {
     BridgeLibrary::Instance().SetCustomId({vid, pid});
     return FT_OK;
   });
 }
 
 FT_STATUS FT_GetVIDPID(DWORD* vid, DWORD* pid) {
-  return Guarded([&]() -> FT_STATUS {
+  return Guarded([&] {
     if (vid == nullptr || pid == nullptr) {
       return FT_INVALID_PARAMETER;
     }
@@ -116,7 +116,7 @@ FT_STATUS FT_ListDevices(PVOID arg1, PVOID arg2, DWORD flags) {
 }
 
 FT_STATUS FT_CreateDeviceInfoList(LPDWORD count) {
-  return Guarded([&]() -> FT_STATUS {
+  return Guarded([&] {
     if (count == nullptr) {
       return FT_INVALID_PARAMETER;
     }
@@ -127,7 +127,7 @@ FT_STATUS FT_CreateDeviceInfoList(LPDWORD count) {
 }
 
 FT_STATUS FT_GetDeviceInfoList(FT_DEVICE_LIST_INFO_NODE* nodes, LPDWORD count) {
-  return Guarded([&]() -> FT_STATUS {
+  return Guarded([&] {
     if (count == nullptr) {
       return FT_INVALID_PARAMETER;
     }
@@ -142,7 +142,7 @@ FT_STATUS FT_GetDeviceInfoList(FT_DEVICE_LIST_INFO_NODE* nodes, LPDWORD count) {
 
 FT_STATUS FT_GetDeviceInfoDetail(DWORD index, LPDWORD flags, LPDWORD type, LPDWORD id, LPDWORD locId, LPVOID serial,
                                  LPVOID description, FT_HANDLE* handle) {
-  return Guarded([&]() -> FT_STATUS {
+  return Guarded([&] {
     const auto list = BridgeLibrary::Instance().StoredList();
     if (index >= list.size()) {
       return FT_DEVICE_NOT_FOUND;

@@ -17,7 +17,7 @@ namespace {
 constexpr DWORD kNames = FT_OPEN_BY_SERIAL_NUMBER | FT_OPEN_BY_DESCRIPTION | FT_OPEN_BY_LOCATION;
 
 BOOL Told(FT_HANDLE handle, FT_STATUS status) {
-  OnDevice(handle, [&](BridgeDevice& device) -> FT_STATUS {
+  OnDevice(handle, [&](BridgeDevice& device) {
     device.SetLastStatus(status);
     return status;
   });
@@ -25,7 +25,7 @@ BOOL Told(FT_HANDLE handle, FT_STATUS status) {
 }
 
 FT_STATUS NotOffered(FT_HANDLE handle) {
-  return OnDevice(handle, [](BridgeDevice&) -> FT_STATUS { return FT_NOT_SUPPORTED; });
+  return OnDevice(handle, [](BridgeDevice&) { return FT_NOT_SUPPORTED; });
 }
 
 struct EscapeRow {
@@ -154,7 +154,7 @@ BOOL FT_W32_SetCommBreak(FT_HANDLE handle) {
 BOOL FT_W32_ClearCommError(FT_HANDLE handle, LPDWORD errors, LPFTCOMSTAT status) {
   return Told(handle, OnDeviceWith(
                           handle,
-                          [&](BridgeDevice& device) -> FT_STATUS {
+                          [&](BridgeDevice& device) {
                             FTCOMSTAT queues{};
                             queues.cbInQue = device.Available();
                             queues.cbOutQue = device.Unsent();
@@ -171,7 +171,7 @@ BOOL FT_W32_EscapeCommFunction(FT_HANDLE handle, DWORD function) {
   if (row != kEscapes.end()) {
     return Told(handle, row->call(handle));
   }
-  return Told(handle, OnDevice(handle, [](BridgeDevice&) -> FT_STATUS { return FT_INVALID_PARAMETER; }));
+  return Told(handle, OnDevice(handle, [](BridgeDevice&) { return FT_INVALID_PARAMETER; }));
 }
 
 BOOL FT_W32_GetCommModemStatus(FT_HANDLE handle, LPDWORD status) {
@@ -181,7 +181,7 @@ BOOL FT_W32_GetCommModemStatus(FT_HANDLE handle, LPDWORD status) {
 BOOL FT_W32_GetCommState(FT_HANDLE handle, LPFTDCB settings) {
   return Told(handle, OnDeviceWith(
                           handle,
-                          [&](BridgeDevice& device) -> FT_STATUS {
+                          [&](BridgeDevice& device) {
                             *settings = StateOf(device.Line());
                             return FT_OK;
                           },
@@ -196,7 +196,7 @@ BOOL FT_W32_SetCommState(FT_HANDLE handle, LPFTDCB settings) {
 BOOL FT_W32_GetCommTimeouts(FT_HANDLE handle, LPFTTIMEOUTS timeouts) {
   return Told(handle, OnDeviceWith(
                           handle,
-                          [&](BridgeDevice& device) -> FT_STATUS {
+                          [&](BridgeDevice& device) {
                             *timeouts = {0, 0, device.ReadTimeout(), 0, device.WriteTimeout()};
                             return FT_OK;
                           },
@@ -206,7 +206,7 @@ BOOL FT_W32_GetCommTimeouts(FT_HANDLE handle, LPFTTIMEOUTS timeouts) {
 BOOL FT_W32_SetCommTimeouts(FT_HANDLE handle, LPFTTIMEOUTS timeouts) {
   return Told(handle, OnDeviceWith(
                           handle,
-                          [&](BridgeDevice& device) -> FT_STATUS {
+                          [&](BridgeDevice& device) {
                             device.SetTimeouts(timeouts->ReadTotalTimeoutConstant, timeouts->WriteTotalTimeoutConstant);
                             return FT_OK;
                           },
@@ -222,7 +222,7 @@ BOOL FT_W32_SetCommMask(FT_HANDLE handle, ULONG mask) {
 }
 
 BOOL FT_W32_SetupComm(FT_HANDLE handle, DWORD, DWORD) {
-  return Told(handle, OnDevice(handle, [](BridgeDevice&) -> FT_STATUS { return FT_OK; }));
+  return Told(handle, OnDevice(handle, [](BridgeDevice&) { return FT_OK; }));
 }
 
 BOOL FT_W32_WaitCommEvent(FT_HANDLE handle, PULONG event, LPOVERLAPPED overlapped) {
