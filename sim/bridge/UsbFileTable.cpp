@@ -1,5 +1,7 @@
 #include "bridge/UsbFileTable.h"
 
+#include <pthread.h>
+
 #include <cerrno>
 #include <new>
 #include <system_error>
@@ -8,7 +10,12 @@
 UsbFileTable& UsbFileTable::Instance() {
   // Made in place and never destroyed.
   alignas(UsbFileTable) static std::byte storage[sizeof(UsbFileTable)];
-  static UsbFileTable& instance = *::new (storage) UsbFileTable;
+  static UsbFileTable& instance = []() -> UsbFileTable& {
+    UsbFileTable& made = *::new (storage) UsbFileTable;
+    const auto unlock = [] { Instance().Mutex().unlock(); };
+    pthread_atfork([] { Instance().Mutex().lock(); }, unlock, unlock);
+    return made;
+  }();
   return instance;
 }
 

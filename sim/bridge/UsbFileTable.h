@@ -17,6 +17,8 @@ class UsbFileTable {
  public:
   static constexpr int kDescriptors = 65536;
 
+  /// A child of fork() has a bus of its own, a copy, but no thread that moves it: transfers end inside their submission
+  /// or not at all. The lock is free in it.
   static UsbFileTable& Instance();
 
   std::mutex& Mutex() { return mMutex; }

@@ -87,19 +87,20 @@ class BridgeDevice::Standstill {
   std::optional<ReadPipeline::Pause> mPause;
 };
 
-BridgeDevice::BridgeDevice(libusb_context* context, const BridgeEntry& entry, bool resetChip)
+BridgeDevice::BridgeDevice(libusb_context* context, const BridgeEntry& entry)
     : mDevice(entry.device.get()), mInterfaceIndex(entry.interfaceIndex), mHandle(OpenEntry(entry)) {
   const BridgeEndpoints endpoints = EndpointsOf(entry);
   mClaim = std::make_unique<Claim>(mHandle.get(), endpoints.interfaceNumber);
-  mIdentity = IdentityOf(entry, mHandle.get());
+  mIdentity = IdentityOf(entry, context, mHandle.get());
   mIdentity.highSpeed = endpoints.maxPacket > kFullSpeedPacket;
 
-  mControl = std::make_unique<ControlPath>(mHandle.get(), mIdentity, static_cast<std::uint16_t>(entry.channel));
+  mControl =
+      std::make_unique<ControlPath>(context, mHandle.get(), mIdentity, static_cast<std::uint16_t>(entry.channel));
   mLine = std::make_unique<LineSettings>(*mControl);
-  mLine->Open(resetChip);
+  mLine->Open();
 
   mWrites = std::make_unique<BulkOut>(context, mHandle.get(), endpoints.out);
-  mReads = std::make_unique<ReadPipeline>(context, mHandle.get(), endpoints.in, endpoints.maxPacket, mEvents);
+  mReads = std::make_unique<ReadPipeline>(context, mHandle.get(), endpoints, mEvents);
   try {
     mReads->Start();
   } catch (const std::system_error&) {
@@ -176,8 +177,12 @@ FT_STATUS BridgeDevice::Write(void* bytes, DWORD count, DWORD* written) {
 FT_STATUS BridgeDevice::Send(std::span<std::uint8_t> bytes, DWORD& written) {
   return WhileOpen([&] {
     mUnsent = static_cast<DWORD>(bytes.size());
-    written = static_cast<DWORD>(mWrites->Send(bytes, milliseconds(mWriteTimeout.load())));
+    const auto sent = mWrites->Send(bytes, milliseconds(mWriteTimeout.load()));
+    written = static_cast<DWORD>(sent.bytes);
     mUnsent = 0;
+    if (sent.deviceGone) {
+      mReads->Fail();
+    }
     if (written != bytes.size()) {
       return FT_IO_ERROR;
     }

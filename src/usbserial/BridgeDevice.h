@@ -27,10 +27,9 @@ std::chrono::nanoseconds PollInterval(std::chrono::nanoseconds quiet);
 
 class BridgeDevice {
  public:
-  /// Opens the entry's channel; the chip is reset only if wanted, since that reaches its other channels too. Throws
-  /// FtFailure: 2 it vanished, 3 it cannot be opened or claimed, 4 it lacks its
+  /// Opens the entry's channel. Throws FtFailure: 2 it vanished, 3 it cannot be opened or claimed, 4 it lacks its
   /// endpoints, 5 no thread; std::bad_alloc.
-  BridgeDevice(libusb_context* context, const BridgeEntry& entry, bool resetChip);
+  BridgeDevice(libusb_context* context, const BridgeEntry& entry);
   ~BridgeDevice() { Close(); }
   BridgeDevice(const BridgeDevice&) = delete;
   BridgeDevice& operator=(const BridgeDevice&) = delete;

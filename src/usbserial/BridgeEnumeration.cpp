@@ -2,10 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <mutex>
 #include <span>
+#include <string>
 
+#include "usbserial/AwaitedTransfer.h"
 #include "usbserial/BulkInPayload.h"
 #include "usbserial/FtFailure.h"
+#include "usbserial/ProcessFork.h"
 
 namespace corvane {
 namespace {
@@ -30,14 +35,53 @@ UsbConfig ConfigOf(libusb_device* device) {
   return UsbConfig(config);
 }
 
-std::string StringOf(libusb_device_handle* handle, std::uint8_t index) {
-  std::array<unsigned char, 256> text{};
-  if (index == 0) {
-    return {};
+constexpr std::chrono::milliseconds kTextTimeout{1000};
+constexpr std::size_t kDescriptorHeader = 2;
+constexpr std::size_t kLongestDescriptor = 255;
+constexpr unsigned kAsciiEnd = 0x80;
+
+/// The string descriptors of one opened device.
+class StringReader {
+ public:
+  StringReader(libusb_context* context, libusb_device_handle* handle) : mTransfer(context, handle) {}
+
+  /// The text in the device's first language, with a question mark for what is not ASCII; empty when there is none.
+  std::string Read(std::uint8_t index) {
+    const auto languages = index == 0 ? Units{} : Descriptor(0, 0, kLanguageLength);
+    if (languages.empty()) {
+      return {};
+    }
+    std::string text;
+    for (const std::uint16_t unit : Descriptor(index, languages.front(), kLongestDescriptor)) {
+      text.push_back(unit < kAsciiEnd ? static_cast<char>(unit) : '?');
+    }
+    return text;
   }
-  const int length = libusb_get_string_descriptor_ascii(handle, index, text.data(), text.size() - 1);
-  return length <= 0 ? std::string() : std::string(text.begin(), text.begin() + length);
-}
+
+ private:
+  using Units = std::vector<std::uint16_t>;
+
+  static constexpr std::size_t kLanguageLength = 4;
+
+  // The 16-bit units of the descriptor; none when it is not sound.
+  Units Descriptor(std::uint8_t index, std::uint16_t language, std::size_t length) {
+    std::array<std::uint8_t, kLongestDescriptor> bytes{};
+    const auto value = static_cast<std::uint16_t>(LIBUSB_DT_STRING << 8 | index);
+    const auto outcome = mTransfer.Control({LIBUSB_ENDPOINT_IN, LIBUSB_REQUEST_GET_DESCRIPTOR, value, language},
+                                           std::span(bytes).first(length), kTextTimeout);
+    Units units;
+    if (outcome.status != LIBUSB_SUCCESS || outcome.moved < kDescriptorHeader || bytes[0] > outcome.moved ||
+        bytes[1] != LIBUSB_DT_STRING) {
+      return units;
+    }
+    for (std::size_t at = kDescriptorHeader; at + 1 < bytes[0]; at += 2) {
+      units.push_back(static_cast<std::uint16_t>(bytes[at] | bytes[at + 1] << 8));
+    }
+    return units;
+  }
+
+  AwaitedTransfer mTransfer;
+};
 
 void AppendChannels(std::vector<BridgeEntry>& entries, libusb_device* device,
                     const libusb_device_descriptor& descriptor) {
@@ -53,7 +97,10 @@ void AppendChannels(std::vector<BridgeEntry>& entries, libusb_device* device,
 
 std::vector<BridgeEntry> EnumerateBridges(libusb_context* context, const SupportedDevices& supported) {
   DeviceList list;
-  const ssize_t count = libusb_get_device_list(context, &list.devices);
+  const ssize_t count = [&] {
+    const std::lock_guard apart(ForkMutex());
+    return libusb_get_device_list(context, &list.devices);
+  }();
   if (count < 0) {
     throw FtFailure(count == LIBUSB_ERROR_NO_MEM ? FT_INSUFFICIENT_RESOURCES : FT_OTHER_ERROR);
   }
@@ -96,20 +143,23 @@ BridgeEndpoints EndpointsOf(const BridgeEntry& entry) {
   return found;
 }
 
-BridgeIdentity IdentityOf(const BridgeEntry& entry, libusb_device_handle* handle) {
+BridgeIdentity IdentityOf(const BridgeEntry& entry) {
   const libusb_device_descriptor& descriptor = entry.descriptor;
   BridgeIdentity identity;
   identity.type = ChipTypeOf(descriptor.bcdDevice, descriptor.iSerialNumber);
   identity.id = static_cast<DWORD>(descriptor.idVendor) << 16 | descriptor.idProduct;
   identity.location = LocationOf(libusb_get_bus_number(entry.device.get()),
                                  libusb_get_device_address(entry.device.get()), entry.channel);
-  if (handle == nullptr) {
-    return identity;
-  }
+  return identity;
+}
+
+BridgeIdentity IdentityOf(const BridgeEntry& entry, libusb_context* context, libusb_device_handle* handle) {
+  StringReader strings(context, handle);
+  BridgeIdentity identity = IdentityOf(entry);
   identity.serial =
-      ChannelText(StringOf(handle, descriptor.iSerialNumber), entry.channel, "", BridgeIdentity::kSerialSize);
+      ChannelText(strings.Read(entry.descriptor.iSerialNumber), entry.channel, "", BridgeIdentity::kSerialSize);
   identity.description =
-      ChannelText(StringOf(handle, descriptor.iProduct), entry.channel, " ", BridgeIdentity::kDescriptionSize);
+      ChannelText(strings.Read(entry.descriptor.iProduct), entry.channel, " ", BridgeIdentity::kDescriptionSize);
   return identity;
 }
 

@@ -32,8 +32,11 @@ std::vector<BridgeEntry> EnumerateBridges(libusb_context* context, const Support
 /// data.
 BridgeEndpoints EndpointsOf(const BridgeEntry& entry);
 
-/// What the entry is, but for its speed. The texts are asked of the opened device; without a handle they stay empty.
-BridgeIdentity IdentityOf(const BridgeEntry& entry, libusb_device_handle* handle);
+/// What the entry is, but for its speed and its texts.
+BridgeIdentity IdentityOf(const BridgeEntry& entry);
+
+/// The same with the texts, which are asked of the opened device. Throws std::bad_alloc.
+BridgeIdentity IdentityOf(const BridgeEntry& entry, libusb_context* context, libusb_device_handle* handle);
 
 /// Opens the entry's device without taking an interface. Throws FtFailure: 2 it vanished, 5 no memory, 3 otherwise.
 UsbDeviceHandle OpenEntry(const BridgeEntry& entry);

@@ -1,14 +1,35 @@
 #include "usbserial/BridgeLibrary.h"
 
+#include <atomic>
 #include <utility>
 
 #include "usbserial/FtFailure.h"
+#include "usbserial/ProcessFork.h"
 #include "usbserial/SignalShield.h"
 
 namespace corvane {
+namespace {
 
+std::atomic<BridgeLibrary*> gLibrary{nullptr};
+// What a fork's child got of its parent's: its locks may be taken for good, and its descriptors are the parent's too.
+std::atomic<BridgeLibrary*> gOfParent{nullptr};
+
+[[maybe_unused]] const bool gForks = [] {
+  AtForkInChild([] { gOfParent = gLibrary.exchange(nullptr); });
+  return true;
+}();
+
+}  // namespace
+
+// Without a lock, which a fork might catch taken.
 BridgeLibrary& BridgeLibrary::Instance() {
-  static BridgeLibrary* const library = std::make_unique<BridgeLibrary>().release();
+  BridgeLibrary* library = gLibrary;
+  if (library == nullptr) {
+    auto made = std::make_unique<BridgeLibrary>();
+    if (gLibrary.compare_exchange_strong(library, made.get())) {
+      library = made.release();
+    }
+  }
   return *library;
 }
 
@@ -33,7 +54,7 @@ BridgeIdentity BridgeLibrary::Describe(std::uintptr_t index, bool withTexts) {
   if (index >= entries.size()) {
     throw FtFailure(FT_DEVICE_NOT_FOUND);
   }
-  return withTexts ? Identify(entries[index]) : IdentityOf(entries[index], nullptr);
+  return withTexts ? Identify(entries[index]) : IdentityOf(entries[index]);
 }
 
 std::vector<BridgeIdentity> BridgeLibrary::DescribeAll(bool withTexts) {
@@ -41,12 +62,17 @@ std::vector<BridgeIdentity> BridgeLibrary::DescribeAll(bool withTexts) {
   std::vector<BridgeIdentity> identities;
   for (const BridgeEntry& entry : Entries()) {
     try {
-      identities.push_back(withTexts ? Identify(entry) : IdentityOf(entry, nullptr));
+      identities.push_back(withTexts ? Identify(entry) : IdentityOf(entry));
     } catch (const FtFailure&) {
-      identities.push_back(IdentityOf(entry, nullptr));
+      identities.push_back(IdentityOf(entry));
     }
   }
   return identities;
+}
+
+void BridgeLibrary::Start() {
+  const std::lock_guard lock(mLock);
+  Context();
 }
 
 DWORD BridgeLibrary::CreateList() {
@@ -87,7 +113,7 @@ FT_HANDLE BridgeLibrary::OpenByText(Name name, const std::string& text) {
 
 FT_HANDLE BridgeLibrary::OpenByLocation(DWORD location) {
   const std::lock_guard lock(mLock);
-  return OpenFirst([&](const BridgeEntry& entry) { return IdentityOf(entry, nullptr).location == location; });
+  return OpenFirst([&](const BridgeEntry& entry) { return IdentityOf(entry).location == location; });
 }
 
 bool BridgeLibrary::Close(FT_HANDLE handle) {
@@ -107,6 +133,7 @@ FT_STATUS BridgeLibrary::ResetPort(BridgeDevice& device) {
 libusb_context* BridgeLibrary::Context() {
   if (mContext == nullptr) {
     const SignalShield shield;
+    const std::lock_guard apart(ForkMutex());
     libusb_context* context = nullptr;
     if (libusb_init(&context) != LIBUSB_SUCCESS) {
       throw FtFailure(FT_OTHER_ERROR);
@@ -125,15 +152,14 @@ BridgeIdentity BridgeLibrary::Identify(const BridgeEntry& entry) {
     return held.device->Identity();
   }
   const UsbDeviceHandle handle = OpenEntry(entry);
-  return IdentityOf(entry, handle.get());
+  return IdentityOf(entry, Context(), handle.get());
 }
 
 std::shared_ptr<BridgeDevice> BridgeLibrary::OpenFree(const BridgeEntry& entry) {
   if (mOpen.FindChannel(entry).device != nullptr) {
     throw FtFailure(FT_DEVICE_NOT_OPENED);
   }
-  const bool alone = mOpen.OnChip(entry.device.get()).empty();
-  return std::make_shared<BridgeDevice>(Context(), entry, alone);
+  return std::make_shared<BridgeDevice>(Context(), entry);
 }
 
 FT_HANDLE BridgeLibrary::OpenFirst(const std::function<bool(const BridgeEntry&)>& matches) {

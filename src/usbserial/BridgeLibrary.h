@@ -1,6 +1,6 @@
 // The state behind the FT_* functions: the libusb context of this library, the table of supported devices, the stored
-// device list and the open devices. One per process; the exported functions are its only users. Every member function
-// takes the library lock itself where it needs it, so none calls another.
+// device list and the open devices. One per process, and another one in the child of a fork; the exported functions are
+// its only users. Every member function takes the library lock itself where it needs it, so none calls another.
 #pragma once
 
 #include <functional>
@@ -33,6 +33,9 @@ class BridgeLibrary {
 
   /// Identities of all devices, without texts for those that cannot be opened.
   std::vector<BridgeIdentity> DescribeAll(bool withTexts);
+
+  /// Starts libusb if nothing has done so yet. Throws FtFailure (18) when that fails.
+  void Start();
 
   /// Rebuilds the stored list and answers its length.
   DWORD CreateList();

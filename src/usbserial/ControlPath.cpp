@@ -1,5 +1,8 @@
 #include "usbserial/ControlPath.h"
 
+#include <algorithm>
+#include <new>
+
 namespace corvane {
 namespace {
 
@@ -8,8 +11,10 @@ constexpr std::uint8_t kVendorIn = 0xC0;
 
 }  // namespace
 
-ControlPath::ControlPath(libusb_device_handle* handle, const BridgeIdentity& identity, std::uint16_t port)
-    : mHandle(handle),
+ControlPath::ControlPath(libusb_context* context, libusb_device_handle* handle, const BridgeIdentity& identity,
+                         std::uint16_t port)
+    : mContext(context),
+      mHandle(handle),
       mPort(port),
       mFastClock(HasFastBaudClock(identity)),
       mLaterChip(corvane::IsLaterChip(identity.type)) {
@@ -42,15 +47,35 @@ int ControlPath::TrySend(BridgeRequest name, unsigned value, unsigned index, DWO
                   timeout);
 }
 
+void ControlPath::End() {
+  const std::lock_guard lock(mMutex);
+  mEnded = true;
+  for (AwaitedTransfer* const transfer : mUnderWay) {
+    transfer->Cancel();
+  }
+}
+
 std::uint16_t ControlPath::IndexOf(const VendorRow& row, unsigned index) const {
   return static_cast<std::uint16_t>(index | (row.portInIndex ? mPort : 0U));
 }
 
 // The length of the data stage that was transferred, or libusb's error.
 int ControlPath::Transfer(std::uint8_t request, std::uint16_t value, std::uint16_t index,
-                          std::span<std::uint8_t> buffer, std::uint8_t type, DWORD timeout) const {
-  return libusb_control_transfer(mHandle, type, request, value, index, buffer.data(),
-                                 static_cast<std::uint16_t>(buffer.size()), timeout);
+                          std::span<std::uint8_t> buffer, std::uint8_t type, DWORD timeout) const try {
+  AwaitedTransfer transfer(mContext, mHandle);
+  {
+    const std::lock_guard lock(mMutex);
+    if (mEnded) {
+      return LIBUSB_ERROR_INTERRUPTED;
+    }
+    mUnderWay.push_back(&transfer);
+  }
+  const auto outcome = transfer.Control({type, request, value, index}, buffer, std::chrono::milliseconds(timeout));
+  const std::lock_guard lock(mMutex);
+  std::erase(mUnderWay, &transfer);
+  return outcome.status == LIBUSB_SUCCESS ? static_cast<int>(outcome.moved) : outcome.status;
+} catch (const std::bad_alloc&) {
+  return LIBUSB_ERROR_NO_MEM;
 }
 
 }  // namespace corvane

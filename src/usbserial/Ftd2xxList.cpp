@@ -58,6 +58,7 @@ void WriteAllNames(std::span<const BridgeIdentity> identities, DWORD name, void*
 
 FT_STATUS ListDevices(PVOID arg1, PVOID arg2, DWORD flags) {
   BridgeLibrary& library = BridgeLibrary::Instance();
+  library.Start();  // before any look at the arguments
   switch (flags & kFormMask) {
     case FT_LIST_NUMBER_ONLY: {
       const DWORD count = library.CountDevices();

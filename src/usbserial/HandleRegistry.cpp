@@ -1,11 +1,13 @@
 #include "usbserial/HandleRegistry.h"
 
+#include <atomic>
 #include <utility>
 
 namespace corvane {
 namespace {
 
 constexpr std::uintptr_t kStep = 16;
+std::atomic<std::uintptr_t> gLast{0};
 
 }  // namespace
 
@@ -13,9 +15,8 @@ FT_HANDLE HandleRegistry::Add(std::shared_ptr<BridgeDevice> device) {
   const std::lock_guard lock(mMutex);
   // A number, not an address: a handle kept after its close can never come to name another device.
   // NOLINTNEXTLINE(performance-no-int-to-ptr)
-  auto* const handle = reinterpret_cast<FT_HANDLE>(mLast + kStep);
+  auto* const handle = reinterpret_cast<FT_HANDLE>(gLast += kStep);
   mDevices.emplace(handle, std::move(device));
-  mLast += kStep;
   return handle;
 }
 

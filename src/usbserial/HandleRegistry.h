@@ -19,7 +19,7 @@ class HandleRegistry {
     std::shared_ptr<BridgeDevice> device;
   };
 
-  /// A handle that no device had before.
+  /// A handle that no device had before, nor one of the process that this one was forked from.
   FT_HANDLE Add(std::shared_ptr<BridgeDevice> device);
 
   /// Null when the handle names no open device.
@@ -34,7 +34,6 @@ class HandleRegistry {
 
  private:
   mutable std::mutex mMutex;
-  std::uintptr_t mLast = 0;
   std::map<FT_HANDLE, std::shared_ptr<BridgeDevice>> mDevices;
 };
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <span>
+#include <vector>
 
 #include "usbserial/BaudDivisor.h"
 
@@ -22,7 +22,7 @@ unsigned CharacterValue(UCHAR character, bool enabled) {
 
 }  // namespace
 
-void LineSettings::Open(bool resetChip) {
+void LineSettings::Open() {
   struct Step {
     BridgeRequest name;
     unsigned value;
@@ -31,11 +31,14 @@ void LineSettings::Open(bool resetChip) {
   const std::lock_guard lock(mMutex);
   const BaudWords baud = WordsFor(mState.baud).value_or(BaudWords{});
   DWORD timeout = ControlPath::kDefaultTimeout;
-  const std::array<Step, 4> steps{{{BridgeRequest::kResetDevice, 0, 0},
-                                   {BridgeRequest::kBaudRate, baud.value, baud.index},
-                                   {BridgeRequest::kLineValue, LineValue(), 0},
-                                   {BridgeRequest::kFlowControl, 0, mState.flow}}};
-  for (const Step& step : std::span(steps).subspan(resetChip ? 0 : 1)) {
+  std::vector<Step> steps{{BridgeRequest::kResetDevice, 0, 0}};
+  if (!mControl.HasReset()) {
+    steps = {{BridgeRequest::kPurgeReceive, 0, 0}, {BridgeRequest::kPurgeTransmit, 0, 0}};
+  }
+  steps.insert(steps.end(), {{BridgeRequest::kBaudRate, baud.value, baud.index},
+                             {BridgeRequest::kLineValue, LineValue(), 0},
+                             {BridgeRequest::kFlowControl, 0, mState.flow}});
+  for (const Step& step : steps) {
     const int result = mControl.TrySend(step.name, step.value, step.index, timeout);
     if (result == LIBUSB_ERROR_NO_DEVICE) {
       return;

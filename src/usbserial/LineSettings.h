@@ -33,9 +33,10 @@ class LineSettings {
   /// Borrows the control path, which outlives the object.
   explicit LineSettings(const ControlPath& control) : mControl(control) {}
 
-  /// Sends what an opened channel is set to: a reset of the chip if wanted, then the state as a LineState begins.
-  /// Failures are ignored, and the time for them is bounded.
-  void Open(bool resetChip);
+  /// Sends what an opened channel is set to: a reset of the chip, or for a channel that this does not reach the
+  /// emptying of its buffers, then the state as a LineState begins. Failures are ignored, and the time for them is
+  /// bounded.
+  void Open();
 
   /// 0; 4 the request failed; 6 a value that no chip has; 7 a baud rate that the chip cannot make within 3 per cent.
   FT_STATUS SetBaudRate(ULONG baud);

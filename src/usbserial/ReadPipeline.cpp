@@ -25,9 +25,14 @@ constexpr std::size_t WholePackets(std::size_t length, std::size_t maxPacket) {
 
 }  // namespace
 
-ReadPipeline::ReadPipeline(libusb_context* context, libusb_device_handle* handle, std::uint8_t endpoint,
-                           std::size_t maxPacket, DeviceEvents& events)
-    : mContext(context), mHandle(handle), mEndpoint(endpoint), mMaxPacket(maxPacket), mEvents(events) {
+ReadPipeline::ReadPipeline(libusb_context* context, libusb_device_handle* handle, const BridgeEndpoints& endpoints,
+                           DeviceEvents& events)
+    : mContext(context),
+      mHandle(handle),
+      mInterfaceNumber(endpoints.interfaceNumber),
+      mEndpoint(endpoints.in),
+      mMaxPacket(endpoints.maxPacket),
+      mEvents(events) {
   for (auto& slot : mSlots) {
     slot = std::make_unique<Slot>();
     slot->owner = this;
@@ -35,7 +40,7 @@ ReadPipeline::ReadPipeline(libusb_context* context, libusb_device_handle* handle
     if (slot->transfer == nullptr) {
       throw std::bad_alloc();
     }
-    slot->data = std::make_unique_for_overwrite<std::uint8_t[]>(WholePackets(kMaxRequest, maxPacket));
+    slot->data = std::make_unique_for_overwrite<std::uint8_t[]>(WholePackets(kMaxRequest, mMaxPacket));
   }
 }
 
@@ -246,6 +251,7 @@ bool ReadPipeline::AwaitCompletion(EventPump& pump, Slot& slot) {
   for (;;) {
     const bool told = mEvents.Signal();
     bool resume = false;
+    bool still = false;
     {
       const std::lock_guard lock(mMutex);
       if (!mRunning) {
@@ -255,12 +261,32 @@ bool ReadPipeline::AwaitCompletion(EventPump& pump, Slot& slot) {
         return true;
       }
       resume = mHalted && slot.state == SlotState::kFree;
+      still = IsHeldStill();
+    }
+    if (still && DeviceGone()) {
+      Fail();
+      return false;
     }
     if (resume ? !Resume() : !pump.Step(&slot.done, told ? EventPump::kSlice : kPause)) {
       Fail();
       return false;
     }
   }
+}
+
+// Expects the mutex to be held. Reading is held and every request has come back: none will tell of an unplug.
+bool ReadPipeline::IsHeldStill() const {
+  return mHeld && FirstInFlight() == nullptr;
+}
+
+// Asks the system, not the device, and not all the time.
+bool ReadPipeline::DeviceGone() {
+  const auto now = steady_clock::now();
+  if (now - mLastLook < EventPump::kSlice / 2) {
+    return false;
+  }
+  mLastLook = now;
+  return libusb_kernel_driver_active(mHandle, mInterfaceNumber) == LIBUSB_ERROR_NO_DEVICE;
 }
 
 // Hands a completed slot's data on; false when the device has failed. A purged or cancelled request is no failure: it

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -15,6 +16,7 @@
 #include <span>
 #include <thread>
 
+#include "usbserial/BridgeEnumeration.h"
 #include "usbserial/DeviceEvents.h"
 #include "usbserial/EventPump.h"
 #include "usbserial/ReceiveBuffer.h"
@@ -30,7 +32,7 @@ class ReadPipeline {
   static constexpr std::size_t kMaxRequest = std::size_t{64} * 1024;
 
   /// Borrows context, handle and events, which outlive the pipeline. Throws std::bad_alloc.
-  ReadPipeline(libusb_context* context, libusb_device_handle* handle, std::uint8_t endpoint, std::size_t maxPacket,
+  ReadPipeline(libusb_context* context, libusb_device_handle* handle, const BridgeEndpoints& endpoints,
                DeviceEvents& events);
   ~ReadPipeline() { Stop(); }
   ReadPipeline(const ReadPipeline&) = delete;
@@ -106,6 +108,8 @@ class ReadPipeline {
   bool AwaitFree(std::unique_lock<std::mutex>& lock, const Slot& slot);
   bool Submit(std::unique_lock<std::mutex>& lock, Slot& slot);
   bool AwaitCompletion(EventPump& pump, Slot& slot);
+  bool IsHeldStill() const;
+  bool DeviceGone();
   bool Process(Slot& slot);
   bool Resume();
   void Deliver(Slot& slot);
@@ -118,6 +122,7 @@ class ReadPipeline {
 
   libusb_context* mContext;
   libusb_device_handle* mHandle;
+  int mInterfaceNumber;
   std::uint8_t mEndpoint;
   std::size_t mMaxPacket;
   DeviceEvents& mEvents;
@@ -135,6 +140,7 @@ class ReadPipeline {
   bool mHalted = false;               ///< the endpoint stalled: nothing is submitted until its halt is cleared
   std::atomic<bool> mRunning{false};  ///< changed under the mutex
   bool mStopping = false;
+  std::chrono::steady_clock::time_point mLastLook;  ///< the processor's: when it last asked after the device
 
   std::thread mReader;
   std::thread mProcessor;

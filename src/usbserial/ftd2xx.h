@@ -11,10 +11,12 @@
 // - Functions may be called from any thread. One writer at a time sends; readers of one device share its bytes.
 // - pthread_cancel ends a thread that waits in FT_Read or FT_WaitOnMask, also by way of FT_W32_ReadFile and
 //   FT_W32_WaitCommEvent; in every other function it takes effect after the call.
+// - After fork() the child is as a process that has called nothing yet: the parent's handles name no device there (1),
+//   nothing is sent on the parent's devices, and it opens devices of its own. The parent goes on as before.
 // - Times are milliseconds.
 // - "Request n" is a vendor control request on endpoint 0; "port" is its index word: 0 for a chip of one channel, the
 //   channel counted from 1 for a chip of several.
-//   The functions that send one answer 0; 1; 4 when the request failed, timed out, or the device was closed meanwhile;
+//   The functions that send one answer 0; 1; 4 when the request failed, timed out, or was ended by a close;
 //   6 when an output is null. An output is written only on 0.
 // - The settings of a line are remembered as they are made, not asked of the chip.
 #pragma once
@@ -273,9 +275,10 @@ CORVANE_FT_API FT_STATUS FT_GetLibraryVersion(LPDWORD version);
 // Opening and closing
 
 /// Opens the index-th attached supported device, counted from 0 as FT_ListDevices lists them: takes its interface
-/// (from a kernel serial driver too, where the system allows it), sends the chip a reset (request 0) unless this
-/// process holds another channel of it open, which that would reach too, 9600 baud (request 3), 8 data bits, no parity,
-/// 1 stop bit (request 4), no flow control (request 2), whose failures are ignored, and starts reading. After a request
+/// (from a kernel serial driver too, where the system allows it), sends a reset (request 0, which reaches the first
+/// channel of a chip; to a later one instead request 0 with the values 1 and 2 and its port, which empty its buffers),
+/// 9600 baud (request 3), 8 data bits, no parity, 1 stop bit (request 4), no flow control (request 2), whose failures
+/// are ignored, and starts reading. After a request
 /// that timed out (5 s) the others get half a second each. The latency timer stays as it is. Time-outs are 0 until
 /// FT_SetTimeouts. 0 and *handle; 2 no such device, or it vanished; 3 already open, no access, or held by another
 /// driver; 4 it lacks its bulk endpoints; 5 no memory or no thread; 6 null pointer; 18 libusb does not start. *handle
@@ -287,9 +290,9 @@ CORVANE_FT_API FT_STATUS FT_Open(int index, FT_HANDLE* handle);
 /// where it is a text; otherwise as FT_Open.
 CORVANE_FT_API FT_STATUS FT_OpenEx(PVOID arg, DWORD flags, FT_HANDLE* handle);
 
-/// Closes the device and makes the handle invalid. A read or write that waits in another thread ends with 4, and so
-/// does a control request that has not begun. Takes at most about a second, also when the device is gone; a control
-/// request or the clearing of a stalled endpoint that is under way in another thread comes to its end first. 0; 1.
+/// Closes the device and makes the handle invalid. A read, a write or a control request under way in another thread
+/// ends with 4. Takes at most about a second, also when the device is gone; the clearing of a stalled endpoint that is
+/// under way comes to its end first. 0; 1.
 CORVANE_FT_API FT_STATUS FT_Close(FT_HANDLE handle);
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -297,7 +300,9 @@ CORVANE_FT_API FT_STATUS FT_Close(FT_HANDLE handle);
 
 /// Takes count bytes out of the receive buffer, waiting for them until the read time-out (0: without limit). *received
 /// is the number of bytes taken; fewer than count, possibly none, after the time-out, which is no failure.
-/// 0; 1; 4 the device is gone or was closed, even if bytes were waiting; 6 null buffer or received.
+/// 0; 1; 4 the device is gone or was closed, even if bytes were waiting; 6 null buffer or received. That the device is
+/// gone shows at the next request to it: while the receive buffer is full none is made, so what was received may be
+/// read first, and 4 follows.
 /// While it waits it polls: every microsecond for 20 ms without new data, then at intervals of a twentieth of the time
 /// without new data, 10 ms at most.
 CORVANE_FT_API FT_STATUS FT_Read(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD received);
@@ -406,8 +411,8 @@ CORVANE_FT_API FT_STATUS FT_SetBitMode(FT_HANDLE handle, UCHAR mask, UCHAR mode)
 /// Request 12: the levels of the pins. Asked of every chip.
 CORVANE_FT_API FT_STATUS FT_GetBitMode(FT_HANDLE handle, PUCHAR mode);
 
-/// Request 0 with value 0 and index 0: on a chip of several channels it reaches the first. The chip's buffers are
-/// emptied; received bytes stay.
+/// Request 0 with value 0 and index 0: on a chip of several channels it reaches the first, whichever the handle names.
+/// That channel's buffers in the chip are emptied; received bytes stay.
 CORVANE_FT_API FT_STATUS FT_ResetDevice(FT_HANDLE handle);
 
 /// Reset the USB port of the device: a write under way or begun meanwhile fails, received bytes stay, the chip is as

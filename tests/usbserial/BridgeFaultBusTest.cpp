@@ -1,7 +1,5 @@
 // Unplugging, failing transfers, and calls that come together, through the FT_* functions on the virtual USB bus: every
 // call ends in bounded time, and nothing is left behind.
-#include <dlfcn.h>
-#include <libusb.h>
 #include <malloc.h>
 #include <pthread.h>
 
@@ -16,36 +14,15 @@
 #include <utility>
 
 #include "FtBusFixture.h"
+#include "LibusbSeam.h"
 
+using corvane::gLibusb;
 using namespace std::chrono_literals;
-
-namespace {
-
-std::atomic<bool> gRefuseReads{false};
-std::atomic<bool> gLoseCancels{false};
-
-template <class Function>
-Function* Real(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
-}  // namespace
 
 // The leak checker's, where there is one.
 extern "C" {
 __attribute__((weak)) void __lsan_disable();
 __attribute__((weak)) void __lsan_enable();
-}
-
-// In the place of libusb's own, for libusb too: what the virtual bus cannot produce.
-__attribute__((visibility("default"))) int libusb_submit_transfer(libusb_transfer* transfer) {
-  static auto* const real = Real<decltype(libusb_submit_transfer)>("libusb_submit_transfer");
-  return gRefuseReads && (transfer->endpoint & 0x80) != 0 ? LIBUSB_ERROR_OTHER : real(transfer);
-}
-
-__attribute__((visibility("default"))) int libusb_cancel_transfer(libusb_transfer* transfer) {
-  static auto* const real = Real<decltype(libusb_cancel_transfer)>("libusb_cancel_transfer");
-  return gLoseCancels ? 0 : real(transfer);
 }
 
 namespace {
@@ -70,6 +47,8 @@ class FtFaultTest : public corvane::FtBusTest {
     DWORD received = 0;
     return FT_Read(handle, &byte, 1, &received);
   }
+
+  static FT_STATUS PurgeTransmit(FT_HANDLE handle) { return FT_Purge(handle, FT_PURGE_TX); }
 
   static FT_STATUS WriteOne(FT_HANDLE handle) {
     std::uint8_t byte = 0;
@@ -99,15 +78,69 @@ TEST_F(FtFaultTest, AnUnplugAndACloseEndReadsAndWritesOfOtherThreads) {
   }
 }
 
-TEST_F(FtFaultTest, ACloseEndsControlRequestsThatWaitForTheirTurn) {
+TEST_F(FtFaultTest, ACloseEndsControlRequestsUnderWayAndThoseThatWaitForThem) {
+  constexpr std::uint64_t requestsUnderWay = 2;  // a setting waits for the one before it, a question does not
   Plug();
   FT_HANDLE const handle = Open();
-  mBus.SetCompletionDelay(500ms);
+  mBus.SetCompletionDelay(5s);
   mBus.ForgetOperations();
-  std::array calls{Start(FT_SetDtr, handle), Start(FT_SetDtr, handle), Start(FT_SetBreakOn, handle)};
+  std::array calls{Start(FT_SetDtr, handle), Start(FT_SetBreakOn, handle), Start(PurgeTransmit, handle)};
+  const auto begin = Clock::now();
   EXPECT_EQ(FT_Close(handle), FT_OK);
-  EXPECT_EQ(std::ranges::count_if(calls, [](auto& call) { return call.get() == FT_IO_ERROR; }), 2);
-  EXPECT_EQ(mBus.Operations(UsbFault::kControl), 1U);
+  EXPECT_LT(Clock::now() - begin, 4s);
+  for (auto& call : calls) {
+    EXPECT_EQ(call.get(), FT_IO_ERROR);
+  }
+  EXPECT_EQ(mBus.Operations(UsbFault::kControl), requestsUnderWay);
+}
+
+TEST_F(FtFaultTest, NothingOfATransferIsTouchedBehindItsCallback) {
+  PlugEcho();
+  gLibusb.holdBehindCallback = 10ms;  // it is freed meanwhile
+  for (int round = 0; round < 3; ++round) {
+    DWORD count = 0;
+    EXPECT_EQ(FT_CreateDeviceInfoList(&count), FT_OK);
+    FT_HANDLE const handle = Open();
+    Write(handle, {1, 2, 3});
+    EXPECT_EQ(Read(handle, 3), (Bytes{1, 2, 3}));
+    EXPECT_EQ(FT_Purge(handle, FT_PURGE_TX), FT_OK);
+    EXPECT_EQ(FT_Close(handle), FT_OK);
+  }
+  gLibusb.holdBehindCallback = 0ms;
+}
+
+TEST_F(FtFaultTest, AnUnplugEndsReadingThatIsHeld) {
+  auto& chip = PlugEcho();
+  FT_HANDLE const handle = Open(0, 0);
+  ASSERT_EQ(FT_StopInTask(handle), FT_OK);
+  EXPECT_TRUE(Eventually([&] { return mBus.PendingTransfers() == 0; }));
+  auto read = Start(ReadOne, handle);
+  Unplug(chip);
+  ASSERT_EQ(read.wait_for(2s), std::future_status::ready);
+  EXPECT_EQ(read.get(), FT_IO_ERROR);
+}
+
+TEST_F(FtFaultTest, AFullBufferCanBeReadAfterAnUnplug) {
+  constexpr std::size_t kBuffer = 65536;
+  auto& chip = PlugEcho();
+  FT_HANDLE const handle = Open(0, 500);
+  Write(handle, Bytes(150'000, 5));
+  AwaitQueued(handle, kBuffer);
+  EXPECT_TRUE(Eventually([&] { return mBus.PendingTransfers() == 0; }));
+  Unplug(chip);
+  EXPECT_EQ(Read(handle, kBuffer), Bytes(kBuffer, 5));
+  EXPECT_TRUE(Eventually([&] { return ReadOne(handle) == FT_IO_ERROR; }));
+}
+
+TEST_F(FtFaultTest, AWriteThatFindsTheDeviceGoneEndsTheReading) {
+  auto& chip = PlugEcho();
+  FT_HANDLE const handle = Open(0, 500);
+  Write(handle, Bytes(150'000));
+  AwaitQueued(handle, 65536);
+  EXPECT_TRUE(Eventually([&] { return mBus.PendingTransfers() == 0; }));  // no read request tells of the unplug
+  Unplug(chip);
+  Write(handle, {1}, FT_IO_ERROR);
+  EXPECT_EQ(ReadOne(handle), FT_IO_ERROR);
 }
 
 TEST_F(FtFaultTest, AThousandOpeningsLeaveNothingBehind) {
@@ -163,12 +196,12 @@ TEST_F(FtFaultTest, ReadsThatStallOrAreRefusedForAWhileTakeNoCoreAndGoOn) {
     chip.Stall(BridgeChip::InEndpoint(0));  // once
     Write(handle, {1, 2, 3});
     EXPECT_EQ(Read(handle, 3), (Bytes{1, 2, 3}));
-    gRefuseReads = refuse;
+    gLibusb.refuseReads = refuse;
     refuse ? mBus.ClearFault() : mBus.SetFault(stalls);
     const auto before = std::clock();
     EXPECT_TRUE(Read(handle, 1).empty());
     EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 8) << refuse;
-    gRefuseReads = false;
+    gLibusb.refuseReads = false;
     mBus.ClearFault();
     Write(handle, {4, 5});
     EXPECT_EQ(Read(handle, 2), (Bytes{4, 5}));
@@ -186,7 +219,7 @@ TEST_F(FtFaultTest, AWriteThatTheDeviceDoesNotTakeEndsSoonAfterItsTimeoutEvenIfI
   FT_HANDLE handle = Open(0, 1000, 50);
   for (const bool lost : {false, true}) {
     chip.Hold(BridgeChip::OutEndpoint(0), true);
-    gLoseCancels = lost;
+    gLibusb.loseCancels = lost;
     const auto start = Clock::now();
     Write(handle, {1, 1, 1}, FT_IO_ERROR);
     EXPECT_GE(Clock::now() - start, 50ms);
@@ -194,7 +227,7 @@ TEST_F(FtFaultTest, AWriteThatTheDeviceDoesNotTakeEndsSoonAfterItsTimeoutEvenIfI
     // A port is not reset under requests that do not come back.
     chip.Hold(BridgeChip::InEndpoint(0), lost);
     EXPECT_EQ(FT_ResetPort(handle), lost ? FT_IO_ERROR : FT_OK);
-    gLoseCancels = false;
+    gLibusb.loseCancels = false;
     chip.Hold(BridgeChip::InEndpoint(0), false);
     chip.Hold(BridgeChip::OutEndpoint(0), false);
     if (lost) {

@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "FtBusFixture.h"
+#include "support/VirtualBusUsb.h"
 
 using testing::Each;
 using testing::ElementsAre;
@@ -125,6 +126,21 @@ TEST_F(FtListTest, OpenSetsTheLineAndCloseGivesTheKernelDriverItsInterfaceBack) 
   EXPECT_EQ(FT_Close(handle), FT_OK);
   EXPECT_THAT(Nodes(), ElementsAre("2" + name));
   EXPECT_EQ(mBus.BoundDriver(chip, 0), "serial");
+}
+
+TEST_F(FtListTest, ALaterChannelIsPreparedWithoutTheFirst) {
+  ScriptedPeer peer;
+  auto& chip = Plug({.release = 0x0700, .interfaces = 2}, {nullptr, &peer});
+  // The first is another program's.
+  const auto context = corvane::MakeUsbContext();
+  const auto other = corvane::OpenUsb(context, mBus, chip);
+  ASSERT_EQ(libusb_claim_interface(other.get(), 0), LIBUSB_SUCCESS);
+  EXPECT_THAT(Nodes(), testing::SizeIs(2));
+  EXPECT_EQ(Requests(chip), "0:1@2 0:2@2 3:1250@514 4:8@2 2:0@2");
+  peer.Send("from before");
+  FT_HANDLE const handle = Open(1, 100);
+  EXPECT_TRUE(Read(handle, 1).empty());
+  EXPECT_EQ(FT_Close(handle), FT_OK);
 }
 
 TEST_F(FtListTest, OpenByNamesAndArguments) {
