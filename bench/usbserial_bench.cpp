@@ -209,7 +209,8 @@ class BareSide {
 class Bench {
  public:
   explicit Bench(ISerialPeer& peer)
-      : mChip(mBus.Plug({.productId = usbid::kFastCable, .release = 0x0900, .highSpeed = true, .repliesAtOnce = true}, {&peer})),
+      : mChip(mBus.Plug({.productId = usbid::kFastCable, .release = 0x0900, .highSpeed = true, .repliesAtOnce = true},
+                        {&peer})),
         mContext(corvane::MakeUsbContext()) {
     mBus.SetCompletionDelay(kMicroframe);
   }

@@ -6,7 +6,6 @@
 #include <random>
 #include <span>
 #include <thread>
-#include <tuple>
 
 #include "FtBusFixture.h"
 
@@ -82,14 +81,14 @@ TEST_F(FtIoTest, ReadEndsAtItsTimeoutWithWhatThereIs) {
 }
 
 TEST_F(FtIoTest, ALongStreamArrivesWholeInReadsOfEverySizeAndAFullBufferHoldsItBack) {
-  constexpr std::size_t kBuffer = 65536;
+  constexpr std::size_t kUnderWay = 5 * std::size_t{4096};
   for (const bool highSpeed : {false, true}) {
     CountingPeer peer;
     auto& chip = Plug({.highSpeed = highSpeed}, {&peer});
     FT_HANDLE const handle = Open();
-    AwaitQueued(handle, kBuffer);
+    AwaitQueued(handle, kReceiveBuffer);
     std::this_thread::sleep_for(50ms);
-    EXPECT_LT(peer.Sent(), kBuffer + 5 * 4096U);
+    EXPECT_LT(peer.Sent(), kReceiveBuffer + kUnderWay);
     std::mt19937 random(3);
     std::uint64_t at = FirstOfStream(handle);
     // Requests of one packet to the whole of the buffer; every fourth read asks for more than that.
@@ -163,21 +162,29 @@ TEST_F(FtIoTest, TwoHundredMegabytesPassBothWaysAndAnUnplugEndsEveryCall) {
 TEST_F(FtIoTest, PurgeDropsWhatItsBitsNameAndItsSixthRequestDecides) {
   auto& chip = PlugEcho();
   FT_HANDLE const handle = Open(0, 1);
-  // Mask, number of the request that fails, status, bytes kept, requests that succeeded.
-  for (const auto& [mask, failing, status, kept, requests] :
-       std::vector<std::tuple<DWORD, std::uint64_t, FT_STATUS, DWORD, std::string>>{
-           {0xFFFFFFFC, 0, FT_OK, 200, ""},
-           {2, 0, FT_OK, 200, "0:2@0"},
-           {3, 0, FT_OK, 0, "0:1@0 0:1@0 0:1@0 0:1@0 0:1@0 0:1@0 0:2@0"},
-           {1, 1, FT_OK, 0, "0:1@0 0:1@0 0:1@0 0:1@0 0:1@0"},
-           {3, 6, FT_IO_ERROR, 200, "0:1@0 0:1@0 0:1@0 0:1@0 0:1@0"}}) {
+  struct Case {
+    DWORD mask;
+    std::uint64_t failing;  ///< number of the request that fails; 0 for none
+    FT_STATUS status;
+    DWORD kept;
+    std::string requests;  ///< that succeeded
+  };
+  const std::string five = "purge-rx@0, purge-rx@0, purge-rx@0, purge-rx@0, purge-rx@0";
+  for (const Case& each : {
+           Case{~(FT_PURGE_RX | FT_PURGE_TX), 0, FT_OK, 200, ""},
+           Case{FT_PURGE_TX, 0, FT_OK, 200, "purge-tx@0"},
+           Case{FT_PURGE_RX | FT_PURGE_TX, 0, FT_OK, 0, five + ", purge-rx@0, purge-tx@0"},
+           Case{FT_PURGE_RX, 1, FT_OK, 0, five},
+           Case{FT_PURGE_RX | FT_PURGE_TX, 6, FT_IO_ERROR, 200, five},
+       }) {
     Write(handle, Bytes(200));
     AwaitQueued(handle, 200);
     Requests(chip);
-    mBus.SetFault({.effect = UsbFault::Effect::kCompletionFails, .operation = failing, .kinds = UsbFault::kControl});
-    EXPECT_EQ(FT_Purge(handle, mask), status);
-    EXPECT_EQ(Requests(chip), requests);
-    EXPECT_EQ(Queued(handle), kept);
+    mBus.SetFault(
+        {.effect = UsbFault::Effect::kCompletionFails, .operation = each.failing, .kinds = UsbFault::kControl});
+    EXPECT_EQ(FT_Purge(handle, each.mask), each.status);
+    EXPECT_EQ(Requests(chip), each.requests);
+    EXPECT_EQ(Queued(handle), each.kept);
     Read(handle, 201);  // whatever is left
   }
 }

@@ -5,7 +5,6 @@
 #include "FtBusFixture.h"
 #include "support/VirtualBusUsb.h"
 
-using testing::Each;
 using testing::ElementsAre;
 
 namespace {
@@ -24,13 +23,19 @@ class FtListTest : public corvane::FtBusTest {
     return nodes;
   }
 
-  // The nodes of the list as "flags type id location serial/description", with " open" for one that has a handle.
+  static std::string Hex(DWORD value) {
+    std::ostringstream text;
+    text << std::hex << std::uppercase << value;
+    return text.str();
+  }
+
+  // The nodes of the list as "flags type id location serial/description", numbers in hexadecimal, with " open" for one
+  // that has a handle.
   static std::vector<std::string> Nodes() {
     std::vector<std::string> texts;
     for (const auto& node : List()) {
-      texts.push_back(std::to_string(node.Flags) + " " + std::to_string(node.Type) + " " + std::to_string(node.ID) +
-                      " " + std::to_string(node.LocId) + " " + node.SerialNumber + "/" + node.Description +
-                      (node.ftHandle == nullptr ? "" : " open"));
+      texts.push_back(Hex(node.Flags) + " " + Hex(node.Type) + " " + Hex(node.ID) + " " + Hex(node.LocId) + " " +
+                      node.SerialNumber + "/" + node.Description + (node.ftHandle == nullptr ? "" : " open"));
     }
     return texts;
   }
@@ -42,17 +47,17 @@ class FtListTest : public corvane::FtBusTest {
 
 TEST_F(FtListTest, NamesAndNodesOfOneAndTwoChannels) {
   const auto& single = Plug({.release = 0x0600, .description = "Single", .serialNumber = "CV1"});
-  const auto& dual = Plug({.productId = 0x6010,
+  const auto& dual = Plug({.productId = usbid::kTwoChannels,
                            .release = 0x0700,
                            .description = "Dual",
                            .serialNumber = "0123456789ABCDEFGH",
                            .highSpeed = true,
                            .interfaces = 2});
-  mBus.Plug({.vendorId = 0x136E, .productId = 0x0017});  // not known yet
-  const auto at = [&](int channel) { return std::to_string(Location(dual) << 4 | static_cast<DWORD>(channel)); };
-  EXPECT_THAT(Nodes(), testing::UnorderedElementsAre("0 5 67330049 " + std::to_string(Location(single)) + " CV1/Single",
-                                                     "2 6 67330064 " + at(1) + " 0123456789ABCDA/Dual A",
-                                                     "2 6 67330064 " + at(2) + " 0123456789ABCDB/Dual B"));
+  mBus.Plug({.vendorId = usbid::kInstrumentMaker, .productId = usbid::kController});  // not known yet
+  const auto at = [&](int channel) { return Hex(Location(dual) << 4 | static_cast<DWORD>(channel)); };
+  EXPECT_THAT(Nodes(), testing::UnorderedElementsAre("0 5 4036001 " + Hex(Location(single)) + " CV1/Single",
+                                                     "2 6 4036010 " + at(1) + " 0123456789ABCDA/Dual A",
+                                                     "2 6 4036010 " + at(2) + " 0123456789ABCDB/Dual B"));
   const auto nodes = List();
   std::array<char, 64> text{};
   for (DWORD i = 0; i < nodes.size(); ++i) {
@@ -70,40 +75,56 @@ TEST_F(FtListTest, NamesAndNodesOfOneAndTwoChannels) {
   EXPECT_STREQ(first.data(), nodes[0].Description);
   EXPECT_STREQ(text.data(), nodes[2].Description);
   // Either half of the custom row can be set alone.
-  std::array<DWORD, 2> id{};
-  EXPECT_EQ(FT_SetVIDPID(0, 0x0017), FT_OK);
-  EXPECT_EQ(FT_GetVIDPID(&id[0], &id[1]), FT_OK);
-  EXPECT_THAT(id, ElementsAre(0x0403, 0x0017));
-  EXPECT_EQ(FT_SetVIDPID(0x136E, 0), FT_OK);
+  DWORD vid = 0;
+  DWORD pid = 0;
+  EXPECT_EQ(FT_SetVIDPID(0, usbid::kController), FT_OK);
+  EXPECT_EQ(FT_GetVIDPID(&vid, &pid), FT_OK);
+  EXPECT_EQ(vid, usbid::kChipMaker);
+  EXPECT_EQ(pid, usbid::kController);
+  EXPECT_EQ(FT_SetVIDPID(usbid::kInstrumentMaker, 0), FT_OK);
   AwaitDevices(4);
-  EXPECT_EQ(FT_SetVIDPID(0x0403, 0x6017), FT_OK);
+  EXPECT_EQ(FT_SetVIDPID(usbid::kChipMaker, usbid::kCustomProduct), FT_OK);
 }
 
 TEST_F(FtListTest, ADeviceThatCannotBeOpenedIsListedAsTaken) {
-  for (int round = 0;
-       const BridgeChip::Options& options : {BridgeChip::Options{.hasBulkIn = false}, {.packetSize = 0x0800}, {}, {}}) {
-    auto& chip = Plug(options);
-    mBus.SetClaimError(chip, round == 2 ? EBUSY : 0);
-    mBus.BindKernelDriver(chip, 0, round == 3 ? "serial" : "", false);
+  struct Case {
+    BridgeChip::Options options;
+    int claimError;
+    const char* driver;  ///< which the system does not detach
+    FT_STATUS status;
+  };
+  for (const Case& each :
+       {Case{{.hasBulkIn = false}, 0, "", FT_IO_ERROR}, Case{{.packetSize = 0x0800}, 0, "", FT_IO_ERROR},
+        Case{{}, EBUSY, "", FT_DEVICE_NOT_OPENED}, Case{{}, 0, "serial", FT_DEVICE_NOT_OPENED}}) {
+    auto& chip = Plug(each.options);
+    mBus.SetClaimError(chip, each.claimError);
+    mBus.BindKernelDriver(chip, 0, each.driver, false);
     FT_HANDLE handle = nullptr;
-    EXPECT_EQ(FT_Open(0, &handle), round++ < 2 ? FT_IO_ERROR : FT_DEVICE_NOT_OPENED);
+    EXPECT_EQ(FT_Open(0, &handle), each.status);
     EXPECT_EQ(handle, nullptr);
     EXPECT_THAT(Nodes(), ElementsAre("1 3 0 0 /"));
     Unplug(chip);
   }
+}
+
+TEST_F(FtListTest, ADeviceWithoutAccessHasALocationButNoName) {
   auto& chip = Plug();
   mBus.SetOpenError(chip, EACCES);
   EXPECT_THAT(Nodes(), ElementsAre("1 3 0 0 /"));
   std::array<char, 16> text{"untouched"};
   EXPECT_EQ(FT_ListDevices(Index(0), text.data(), FT_LIST_BY_INDEX), FT_DEVICE_NOT_OPENED);
+  EXPECT_STREQ(text.data(), "untouched");
   DWORD location = 0;
   EXPECT_EQ(FT_ListDevices(Index(0), &location, FT_LIST_BY_INDEX | FT_OPEN_BY_LOCATION), FT_OK);
   EXPECT_EQ(location, Location(chip));
-  // A node that has vanished is another case; libusb forgets the device then.
+}
+
+TEST_F(FtListTest, ADeviceWhoseNodeHasVanishedIsNotFound) {
+  auto& chip = Plug();
   mBus.SetOpenError(chip, ENOENT);
   FT_HANDLE handle = nullptr;
   EXPECT_EQ(FT_Open(0, &handle), FT_DEVICE_NOT_FOUND);
-  AwaitDevices(0);
+  AwaitDevices(0);  // libusb forgets it
 }
 
 TEST_F(FtListTest, OpenSetsTheLineAndCloseGivesTheKernelDriverItsInterfaceBack) {
@@ -114,9 +135,9 @@ TEST_F(FtListTest, OpenSetsTheLineAndCloseGivesTheKernelDriverItsInterfaceBack) 
   FT_HANDLE const handle = Open();
   EXPECT_EQ(mBus.FaultHits(), 1U);
   EXPECT_EQ(mBus.BoundDriver(chip, 0), "usbfs");
-  EXPECT_EQ(Requests(chip), "3:1250@512 4:8@0 2:0@0");
+  EXPECT_EQ(Requests(chip), "baud 4E2@200, line 8@0, flow 0@0");
   // While it is open it is listed with its handle, and goes on working.
-  const std::string name = " 8 67330049 " + std::to_string(Location(chip)) + " CV1/d";
+  const std::string name = " 8 4036001 " + Hex(Location(chip)) + " CV1/d";
   Write(handle, {1, 2, 3});
   EXPECT_THAT(Nodes(), ElementsAre("3" + name + " open"));
   EXPECT_EQ(List()[0].ftHandle, handle);
@@ -136,14 +157,14 @@ TEST_F(FtListTest, ALaterChannelIsPreparedWithoutTheFirst) {
   const auto other = corvane::OpenUsb(context, mBus, chip);
   ASSERT_EQ(libusb_claim_interface(other.get(), 0), LIBUSB_SUCCESS);
   EXPECT_THAT(Nodes(), testing::SizeIs(2));
-  EXPECT_EQ(Requests(chip), "0:1@2 0:2@2 3:1250@514 4:8@2 2:0@2");
+  EXPECT_EQ(Requests(chip), "purge-rx@2, purge-tx@2, baud 4E2@202, line 8@2, flow 0@2");
   peer.Send("from before");
   FT_HANDLE const handle = Open(1, 100);
   EXPECT_TRUE(Read(handle, 1).empty());
   EXPECT_EQ(FT_Close(handle), FT_OK);
 }
 
-TEST_F(FtListTest, OpenByNamesAndArguments) {
+TEST_F(FtListTest, ADeviceIsOpenedByEachOfItsNames) {
   Plug({.description = "First", .serialNumber = "CV1"});
   const auto& chip = Plug({.description = "Second", .serialNumber = "CV2"});
   std::string serial = "CV2";
@@ -158,23 +179,38 @@ TEST_F(FtListTest, OpenByNamesAndArguments) {
     EXPECT_STREQ(opened.data(), "CV2");
     EXPECT_EQ(FT_Close(handle), FT_OK);
   }
-  DWORD count = 77;
+}
+
+TEST_F(FtListTest, ArgumentsThatNameNoDeviceAnswerWhy) {
+  Plug({.description = "First", .serialNumber = "CV1"});
+  std::string name = "CV1";
+  std::string other = "CV2";
+  FT_HANDLE handle = nullptr;
+  DWORD count = kUntouched;
   std::array<char, 64> text{};
-  EXPECT_THAT(
-      (std::array{FT_OpenEx(serial.data(), 3, &handle), FT_OpenEx(serial.data(), 1, nullptr),
-                  FT_ListDevices(Index(0), nullptr, FT_LIST_BY_INDEX),
-                  FT_ListDevices(Index(0), text.data(), FT_LIST_BY_INDEX | 5),
-                  FT_ListDevices(nullptr, &count, FT_LIST_ALL), FT_ListDevices(&text, nullptr, FT_LIST_ALL),
-                  FT_ListDevices(&count, &text, FT_LIST_NUMBER_ONLY | FT_LIST_ALL), FT_ListDevices(&count, &text, 0)}),
-      Each(FT_INVALID_PARAMETER));
-  EXPECT_THAT(
-      (std::array{FT_OpenEx(description.data(), 1, &handle), FT_OpenEx(Index(1), 4, &handle), FT_Open(2, &handle),
-                  FT_Open(-1, &handle), FT_ListDevices(Index(2), text.data(), FT_LIST_BY_INDEX),
-                  FT_GetDeviceInfoDetail(99, &count, &count, &count, &count, nullptr, nullptr, nullptr)}),
-      Each(FT_DEVICE_NOT_FOUND));
-  EXPECT_EQ(count, 77U);
-  EXPECT_EQ(FT_GetLibraryVersion(&count), FT_OK);
-  EXPECT_EQ(count, 0x010112U);
+  EXPECT_EQ(FT_OpenEx(name.data(), FT_OPEN_BY_SERIAL_NUMBER | FT_OPEN_BY_DESCRIPTION, &handle), FT_INVALID_PARAMETER);
+  EXPECT_EQ(FT_OpenEx(name.data(), FT_OPEN_BY_SERIAL_NUMBER, nullptr), FT_INVALID_PARAMETER);
+  EXPECT_EQ(FT_OpenEx(other.data(), FT_OPEN_BY_SERIAL_NUMBER, &handle), FT_DEVICE_NOT_FOUND);
+  EXPECT_EQ(FT_OpenEx(Index(1), FT_OPEN_BY_LOCATION, &handle), FT_DEVICE_NOT_FOUND);
+  EXPECT_EQ(FT_Open(1, &handle), FT_DEVICE_NOT_FOUND);
+  EXPECT_EQ(FT_Open(-1, &handle), FT_DEVICE_NOT_FOUND);
+  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(FT_ListDevices(Index(0), nullptr, FT_LIST_BY_INDEX), FT_INVALID_PARAMETER);
+  EXPECT_EQ(FT_ListDevices(Index(1), text.data(), FT_LIST_BY_INDEX), FT_DEVICE_NOT_FOUND);
+  EXPECT_EQ(FT_ListDevices(Index(0), text.data(), FT_LIST_BY_INDEX | FT_OPEN_BY_SERIAL_NUMBER | FT_OPEN_BY_LOCATION),
+            FT_INVALID_PARAMETER);
+  EXPECT_EQ(FT_ListDevices(nullptr, &count, FT_LIST_ALL), FT_INVALID_PARAMETER);
+  EXPECT_EQ(FT_ListDevices(&text, nullptr, FT_LIST_ALL), FT_INVALID_PARAMETER);
+  EXPECT_EQ(FT_ListDevices(&count, &text, FT_LIST_NUMBER_ONLY | FT_LIST_ALL), FT_INVALID_PARAMETER);
+  EXPECT_EQ(FT_ListDevices(&count, &text, 0), FT_INVALID_PARAMETER);
+  EXPECT_EQ(FT_GetDeviceInfoDetail(99, &count, &count, &count, &count, nullptr, nullptr, nullptr), FT_DEVICE_NOT_FOUND);
+  EXPECT_EQ(count, kUntouched);
+}
+
+TEST_F(FtListTest, TheVersionIsThatOfTheInterface) {
+  DWORD version = 0;
+  EXPECT_EQ(FT_GetLibraryVersion(&version), FT_OK);
+  EXPECT_EQ(version, 0x010112U);
 }
 
 }  // namespace

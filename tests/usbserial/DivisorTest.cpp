@@ -99,6 +99,23 @@ TEST_P(DivisorTest, EveryRateHasTheDivisorOfItsFraction) {
   EXPECT_EQ(seen.size(), kind == kOldest ? 5U : 9U);
 }
 
+// What 12 MHz divides to about 12 and 8 Mbaud, at its edges.
+TEST(FastDivisorTest, TheHighestRatesBeginAndEndExactly) {
+  struct Edge {
+    ULONG baud;
+    USHORT divisor;
+  };
+  for (const Edge& edge :
+       {Edge{7'759'999, 0x4001}, Edge{7'760'000, 1}, Edge{8'240'000, 1}, Edge{8'240'001, 0x4001}, Edge{11'538'461, 1},
+        Edge{11'538'462, 0}, Edge{11'639'999, 0}, Edge{11'640'000, 0}, Edge{12'360'000, 0}, Edge{12'360'001, 0}}) {
+    USHORT divisor = 0xFFFF;
+    USHORT index = 0xFFFF;
+    EXPECT_EQ(FT_CalcDivisorHi(edge.baud, &divisor, &index), 1) << edge.baud;
+    EXPECT_EQ(divisor, edge.divisor) << edge.baud;
+    EXPECT_EQ(index, 2) << edge.baud;
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Kinds, DivisorTest, testing::Values(kOldest, kLater, kFast));
 
 }  // namespace

@@ -5,9 +5,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <list>
+#include <map>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,6 +34,9 @@ class FtBusTest : public testing::Test {
  protected:
   using Clock = std::chrono::steady_clock;
   using Bytes = std::vector<std::uint8_t>;
+
+  static constexpr std::size_t kReceiveBuffer = 65536;  ///< what the library keeps for FT_Read
+  static constexpr DWORD kUntouched = 0xFFFFFFFF;
 
   void TearDown() override {
     for (FT_HANDLE const handle : mHandles) {
@@ -82,15 +89,16 @@ class FtBusTest : public testing::Test {
   }
 
   static void Write(FT_HANDLE handle, Bytes bytes, FT_STATUS wanted = FT_OK) {
-    DWORD written = 99;
+    DWORD written = kUntouched;
     ASSERT_EQ(FT_Write(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written), wanted);
     ASSERT_EQ(written, wanted == FT_OK ? bytes.size() : 0);
   }
 
   static Bytes Read(FT_HANDLE handle, std::size_t count, FT_STATUS wanted = FT_OK) {
     Bytes bytes(count);
-    DWORD received = 0xFFFFFFFF;
+    DWORD received = kUntouched;
     EXPECT_EQ(FT_Read(handle, bytes.data(), static_cast<DWORD>(count), &received), wanted);
+    EXPECT_LE(received, count);
     bytes.resize(std::min<std::size_t>(received, count));
     return bytes;
   }
@@ -105,15 +113,27 @@ class FtBusTest : public testing::Test {
     ASSERT_TRUE(Eventually([&] { return Queued(handle) == count; })) << Queued(handle);
   }
 
-  // The vendor requests that the chip got since they were last asked for, as "request:value@index" with blanks.
+  // The vendor requests that the chip got since they were last asked for, as "name value@index" in hexadecimal, with
+  // commas; those of the first number by the name of their value.
   static std::string Requests(BridgeChip& chip) {
-    std::string all;
-    for (const auto& r : chip.Requests()) {
-      all += (all.empty() ? "" : " ") + std::to_string(r.request) + ":" + std::to_string(r.value) + "@" +
-             std::to_string(r.index);
+    static const std::map<int, const char*> names{
+        {1, "modem"},      {2, "flow"},       {3, "baud"},        {4, "line"},         {5, "status"},
+        {6, "event-char"}, {7, "error-char"}, {9, "set-latency"}, {10, "get-latency"}, {11, "set-pins"},
+        {12, "get-pins"},  {0x90, "read-ee"}, {0x91, "write-ee"}, {0x92, "erase-ee"}};
+    static const std::array resets{"reset", "purge-rx", "purge-tx"};
+    std::ostringstream all;
+    all << std::hex << std::uppercase;
+    for (const auto& request : chip.Requests()) {
+      all << (all.tellp() == 0 ? "" : ", ");
+      if (request.request == 0) {
+        all << resets.at(request.value);
+      } else {
+        all << names.at(request.request) << " " << request.value;
+      }
+      all << "@" << request.index;
     }
     chip.ForgetRequests();
-    return all;
+    return all.str();
   }
 
   VirtualUsbBus mBus;
