@@ -132,12 +132,13 @@ FT_STATUS BridgeDevice::Read(std::span<std::uint8_t> out, DWORD& received, const
   auto lastNews = start;
   std::size_t lastAvailable = 0;
   for (;;) {
+    const auto seen = mReads->News().Now();
     // The device's state comes first: after an unplug the answer is 4, also when bytes are waiting.
     if (!mReads->Running()) {
       return FT_IO_ERROR;
     }
-    const std::size_t available = mReads->Available();
     const std::size_t missing = out.size() - received;
+    const std::size_t available = mReads->Available(missing);
     // More than the buffer ever holds is fetched in parts, early enough that the device need not pause.
     if (missing <= available || (missing > capacity && available >= capacity / 2)) {
       received += static_cast<DWORD>(mReads->Take(out.subspan(received)));
@@ -158,7 +159,7 @@ FT_STATUS BridgeDevice::Read(std::span<std::uint8_t> out, DWORD& received, const
     if (timeout.count() != 0) {
       pause = std::min<nanoseconds>(pause, start + timeout - now);
     }
-    shield.Sleep(pause);
+    shield.Lower([&] { mReads->News().Pause(seen, pause); });
   }
 }
 
@@ -188,7 +189,9 @@ FT_STATUS BridgeDevice::Send(std::span<std::uint8_t> bytes, DWORD& written) {
     }
     mEvents.RaiseTransmitEmpty();
     SignalEvents();
-    std::this_thread::sleep_for(kShortPause);
+    // Not a sleep: the shortest lasts more than fifty times as long.
+    for (const auto end = steady_clock::now() + kShortPause; steady_clock::now() < end;) {
+    }
     return FT_OK;
   });
 }
@@ -261,7 +264,7 @@ FT_STATUS BridgeDevice::WaitOnMask(DWORD& events, const CancelShield& shield) {
     if (mEvents.Await(std::min(end, now + kEventSlice), events) || now >= end) {
       return FT_OK;
     }
-    shield.Sleep(nanoseconds(1));  // where a cancelled thread ends
+    shield.Lower([] {});  // where a cancelled thread ends
   }
 }
 

@@ -20,9 +20,9 @@
 
 namespace corvane {
 
-/// How long FT_Read, which polls and waits for nothing else, sleeps before it looks again after `quiet` without new
-/// data: a microsecond at first; after 20 ms a twentieth of the time, so that a late answer is seen at most that much
-/// later, and ten milliseconds at most (pauses of one would cost 2 % of a core).
+/// How long FT_Read, which polls, pauses before it looks again after `quiet` without new data, unless some come before:
+/// a microsecond at first; after 20 ms a twentieth of the time, and ten milliseconds at most (pauses of one would cost
+/// 2 % of a core).
 std::chrono::nanoseconds PollInterval(std::chrono::nanoseconds quiet);
 
 class BridgeDevice {

@@ -4,9 +4,6 @@
 
 #include <pthread.h>
 
-#include <chrono>
-#include <thread>
-
 namespace corvane {
 
 class CancelShield {
@@ -16,10 +13,14 @@ class CancelShield {
   CancelShield(const CancelShield&) = delete;
   CancelShield& operator=(const CancelShield&) = delete;
 
-  /// Sleeps with the shield down: a cancellation that the host allows acts here. The caller holds no lock.
-  void Sleep(std::chrono::nanoseconds duration) const {
+  /// Waits with the shield down, for a short time: a cancellation that the host allows acts before it or behind it. The
+  /// caller holds no lock.
+  template <class Wait>
+  void Lower(Wait&& wait) const {
     const Gap gap(mBefore);
-    std::this_thread::sleep_for(duration);
+    pthread_testcancel();
+    wait();
+    pthread_testcancel();
   }
 
  private:

@@ -18,6 +18,8 @@ using std::chrono::steady_clock;
 
 constexpr milliseconds kPause{1};
 constexpr milliseconds kReapLimit{1000};
+// Below it a full receive buffer is not filled up again, unless a reader waits: not a wake-up for every byte read.
+constexpr std::size_t kLeastRoom = ReadPipeline::kDefaultRequest;
 
 constexpr std::size_t WholePackets(std::size_t length, std::size_t maxPacket) {
   return (length + maxPacket - 1) / maxPacket * maxPacket;
@@ -67,6 +69,7 @@ void ReadPipeline::Stop() {
     mSlotFree.notify_all();
     mRoom.notify_all();
   }
+  mNews.Announce();
   mEvents.End();
   libusb_interrupt_event_handler(mContext);
   for (std::thread* const thread : {&mReader, &mProcessor}) {
@@ -115,9 +118,14 @@ void ReadPipeline::Reap() {
   }
 }
 
-std::size_t ReadPipeline::Available() const {
+std::size_t ReadPipeline::Available(std::size_t wanted) {
   const std::lock_guard lock(mMutex);
-  return mBuffer.Size();
+  const std::size_t available = mBuffer.Size();
+  if (mAwaitingRoom && available < wanted && available < mBuffer.Capacity()) {
+    mRoomAsked = true;
+    mRoom.notify_one();
+  }
+  return available;
 }
 
 std::size_t ReadPipeline::Take(std::span<std::uint8_t> out) {
@@ -126,7 +134,9 @@ std::size_t ReadPipeline::Take(std::span<std::uint8_t> out) {
   if (mBuffer.Size() == 0) {
     mEvents.Clear(FT_EVENT_RXCHAR);
   }
-  mRoom.notify_one();
+  if (mAwaitingRoom && mBuffer.Capacity() - mBuffer.Size() >= kLeastRoom) {
+    mRoom.notify_one();
+  }
   return count;
 }
 
@@ -185,31 +195,30 @@ void ReadPipeline::OnCompletion(libusb_transfer* transfer) {
 }
 
 void ReadPipeline::RunReader() {
-  for (std::size_t current = 0;; current = (current + 1) % kSlots) {
+  for (;;) {
     std::unique_lock lock(mMutex);
-    Slot& slot = *mSlots[current];
-    if (!AwaitFree(lock, slot)) {
-      return;
-    }
-    if (!Submit(lock, slot)) {
+    mSlotFree.wait(lock, [&] { return !mRunning || MaySubmit(); });
+    if (!mRunning || !Submit(lock)) {
       return;
     }
   }
 }
 
-bool ReadPipeline::AwaitFree(std::unique_lock<std::mutex>& lock, const Slot& slot) {
-  mSlotFree.wait(lock,
-                 [&] { return !mRunning || (slot.state == SlotState::kFree && !mHalted && !mHeld && mPauses == 0); });
-  return mRunning;
+// Expects the mutex to be held.
+bool ReadPipeline::MaySubmit() const {
+  return mRunning && mSlots[mNext]->state == SlotState::kFree && !mHalted && !mHeld && mPauses == 0;
 }
 
-// Submits under the lock, so that a purge or a stop sees the slot either free or able to be cancelled.
-bool ReadPipeline::Submit(std::unique_lock<std::mutex>& lock, Slot& slot) {
+// Submits under the lock, so that a purge or a stop sees the slot either free or able to be cancelled. False when the
+// device has failed.
+bool ReadPipeline::Submit(std::unique_lock<std::mutex>& lock) {
+  Slot& slot = *mSlots[mNext];
   libusb_fill_bulk_transfer(slot.transfer.get(), mHandle, mEndpoint, slot.data.get(),
                             static_cast<int>(WholePackets(mRequestLength, mMaxPacket)), &OnCompletion, &slot, 0);
   slot.state = SlotState::kInFlight;
   const int result = libusb_submit_transfer(slot.transfer.get());
   if (result == LIBUSB_SUCCESS) {
+    mNext = (mNext + 1) % kSlots;
     return true;
   }
   if (result == LIBUSB_ERROR_OTHER) {
@@ -218,6 +227,7 @@ bool ReadPipeline::Submit(std::unique_lock<std::mutex>& lock, Slot& slot) {
     slot.transfer->actual_length = 0;
     slot.state = SlotState::kCompleted;
     slot.done = 1;
+    mNext = (mNext + 1) % kSlots;
     lock.unlock();
     libusb_interrupt_event_handler(mContext);
     std::this_thread::sleep_for(kPause);
@@ -340,34 +350,46 @@ void ReadPipeline::Deliver(Slot& slot) {
   BulkInPayload payload(transfer, mMaxPacket);
   std::unique_lock lock(mMutex);
   bool untold = false;
+  const auto tell = [&] {
+    if (std::exchange(untold, false)) {
+      mEvents.Raise(FT_EVENT_RXCHAR);
+      mNews.Announce();
+    }
+  };
   while (mRunning && !slot.discard && !payload.Front().empty()) {
     const std::size_t count = mBuffer.Append(payload.Front());
     payload.Consume(count);
     untold = untold || count != 0;
     if (count == 0) {
-      mEvents.Raise(std::exchange(untold, false) ? FT_EVENT_RXCHAR : 0U);
+      tell();
       AwaitRoom(lock, slot);
     }
   }
-  mEvents.Raise(untold ? FT_EVENT_RXCHAR : 0U);
+  tell();
 }
 
 // A host that waits for its event may be the one that makes room.
 void ReadPipeline::AwaitRoom(std::unique_lock<std::mutex>& lock, const Slot& slot) {
-  const auto go = [&] { return !mRunning || slot.discard || mBuffer.Size() < mBuffer.Capacity(); };
+  const auto go = [&] {
+    const std::size_t room = mBuffer.Capacity() - mBuffer.Size();
+    return !mRunning || slot.discard || room >= kLeastRoom || (mRoomAsked && room != 0);
+  };
+  mAwaitingRoom = true;
   while (!go()) {
     mRoom.wait_for(lock, mEvents.Signal() ? EventPump::kSlice : kPause, go);
   }
+  mAwaitingRoom = mRoomAsked = false;
 }
 
+// In the usual case the slot is the one to be submitted next, and goes again from here: the reader is not woken up.
 void ReadPipeline::Recycle(Slot& slot) {
-  {
-    const std::lock_guard lock(mMutex);
-    slot.discard = false;
-    slot.done = 0;  // a free slot that looks done would let the processor wait without a pause
-    slot.state = SlotState::kFree;
+  std::unique_lock lock(mMutex);
+  slot.discard = false;
+  slot.done = 0;  // a free slot that looks done would let the processor wait without a pause
+  slot.state = SlotState::kFree;
+  if (MaySubmit()) {
+    Submit(lock);
   }
-  mSlotFree.notify_one();  // without the lock, which the reader would wake up only to wait for
 }
 
 // Both loops end by it.
@@ -378,6 +400,7 @@ void ReadPipeline::Fail() {
     mSlotFree.notify_all();
     mRoom.notify_all();
   }
+  mNews.Announce();
   mEvents.End();
   libusb_interrupt_event_handler(mContext);
 }

@@ -1,8 +1,8 @@
-// Keeps four bulk IN requests under way for one open device and collects their data in the receive buffer. A reader
-// thread submits the requests, a processor thread handles their completions, both round robin over the four slots, so
-// that bytes stay in order. When the endpoint stalls, the requests under way are taken back, in order and with what
-// they brought, before its halt is cleared, once. Used by BridgeDevice; it does not wait on behalf of FT_Read, which
-// polls with pauses of its own.
+// Keeps four bulk IN requests under way for one open device and collects their data in the receive buffer. A processor
+// thread handles the completions and submits each request again from there; a reader thread submits those that cannot
+// go again at once, at the start too. Slots are submitted, and processed, round robin, so bytes stay in order. When the
+// endpoint stalls, the requests under way are taken back, in order and with what they brought, before its halt is
+// cleared, once. Used by BridgeDevice; it does not wait on behalf of FT_Read, which polls, and whose pauses it ends.
 #pragma once
 
 #include <array>
@@ -19,6 +19,7 @@
 #include "usbserial/BridgeEnumeration.h"
 #include "usbserial/DeviceEvents.h"
 #include "usbserial/EventPump.h"
+#include "usbserial/NewsCounter.h"
 #include "usbserial/ReceiveBuffer.h"
 #include "usbserial/UsbOwners.h"
 
@@ -48,7 +49,12 @@ class ReadPipeline {
   /// False as soon as the device failed or the pipeline was stopped.
   bool Running() const { return mRunning; }
 
-  std::size_t Available() const;
+  /// Bytes that can be taken. Tells the processor that a reader waits for more if there are fewer than wanted.
+  std::size_t Available(std::size_t wanted = SIZE_MAX);
+
+  /// Announces received bytes, and the end of the reading.
+  NewsCounter& News() { return mNews; }
+
   std::size_t BufferCapacity() const { return mBuffer.Capacity(); }
 
   /// Takes received bytes, as many as there are and `out` holds; their number.
@@ -105,8 +111,8 @@ class ReadPipeline {
 
   void RunReader();
   void RunProcessor();
-  bool AwaitFree(std::unique_lock<std::mutex>& lock, const Slot& slot);
-  bool Submit(std::unique_lock<std::mutex>& lock, Slot& slot);
+  bool MaySubmit() const;
+  bool Submit(std::unique_lock<std::mutex>& lock);
   bool AwaitCompletion(EventPump& pump, Slot& slot);
   bool IsHeldStill() const;
   bool DeviceGone();
@@ -135,10 +141,14 @@ class ReadPipeline {
   std::condition_variable mRoom;
   ReceiveBuffer mBuffer;
   std::array<std::unique_ptr<Slot>, kSlots> mSlots;
+  std::size_t mNext = 0;       ///< the slot to be submitted next
+  bool mAwaitingRoom = false;  ///< the processor has bytes that do not fit
+  bool mRoomAsked = false;     ///< and somebody waits for them
   bool mHeld = false;
   int mPauses = 0;
   bool mHalted = false;               ///< the endpoint stalled: nothing is submitted until its halt is cleared
   std::atomic<bool> mRunning{false};  ///< changed under the mutex
+  NewsCounter mNews;
   bool mStopping = false;
   std::chrono::steady_clock::time_point mLastLook;  ///< the processor's: when it last asked after the device
 

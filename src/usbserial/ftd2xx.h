@@ -304,7 +304,7 @@ CORVANE_FT_API FT_STATUS FT_Close(FT_HANDLE handle);
 /// gone shows at the next request to it: while the receive buffer is full none is made, so what was received may be
 /// read first, and 4 follows.
 /// While it waits it polls: every microsecond for 20 ms without new data, then at intervals of a twentieth of the time
-/// without new data, 10 ms at most.
+/// without new data, 10 ms at most, and whenever data come.
 CORVANE_FT_API FT_STATUS FT_Read(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD received);
 
 /// Sends count bytes on the bulk OUT path and waits until the chip has taken them or the write time-out (0: none) is
