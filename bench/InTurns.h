@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <fstream>
 #include <functional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -68,6 +70,23 @@ inline void Limit(benchmark::State& state, bool kept, const std::string& limit) 
     state.SkipWithError(("beyond its limit: " + limit).c_str());
     AllWithinLimits() = false;
   }
+}
+
+/// Compares a figure with its limit in a file of lines "figure <= value" or "figure >= value". Throws
+/// std::runtime_error when the file has none of this name.
+inline void LimitFromFile(benchmark::State& state, const std::string& path, const std::string& name, double figure) {
+  std::ifstream file(path);
+  for (std::string line; std::getline(file, line);) {
+    std::istringstream words(line);
+    std::string wanted;
+    std::string relation;
+    double limit = 0;
+    if (words >> wanted >> relation >> limit && wanted == name) {
+      Limit(state, relation == "<=" ? figure <= limit : figure >= limit, line + ", is " + std::to_string(figure));
+      return;
+    }
+  }
+  throw std::runtime_error("no limit for " + name);
 }
 
 inline int RunBenchmarks(int argc, char** argv) {

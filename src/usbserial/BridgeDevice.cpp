@@ -137,10 +137,11 @@ FT_STATUS BridgeDevice::Read(std::span<std::uint8_t> out, DWORD& received, const
     if (!mReads->Running()) {
       return FT_IO_ERROR;
     }
-    const std::size_t missing = out.size() - received;
-    const std::size_t available = mReads->Available(missing);
     // More than the buffer ever holds is fetched in parts, early enough that the device need not pause.
-    if (missing <= available || (missing > capacity && available >= capacity / 2)) {
+    const std::size_t missing = out.size() - received;
+    const std::size_t wanted = missing > capacity ? capacity / 2 : missing;
+    const std::size_t available = mReads->Available(wanted);
+    if (wanted <= available) {
       received += static_cast<DWORD>(mReads->Take(out.subspan(received)));
       if (received == out.size()) {
         return FT_OK;

@@ -121,6 +121,9 @@ void ReadPipeline::Reap() {
 std::size_t ReadPipeline::Available(std::size_t wanted) {
   const std::lock_guard lock(mMutex);
   const std::size_t available = mBuffer.Size();
+  if (available < wanted) {
+    mWanted = std::min(mWanted, wanted);
+  }
   if (mAwaitingRoom && available < wanted && available < mBuffer.Capacity()) {
     mRoomAsked = true;
     mRoom.notify_one();
@@ -353,6 +356,9 @@ void ReadPipeline::Deliver(Slot& slot) {
   const auto tell = [&] {
     if (std::exchange(untold, false)) {
       mEvents.Raise(FT_EVENT_RXCHAR);
+    }
+    if (mBuffer.Size() >= mWanted) {
+      mWanted = SIZE_MAX;
       mNews.Announce();
     }
   };

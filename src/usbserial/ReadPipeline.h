@@ -49,10 +49,11 @@ class ReadPipeline {
   /// False as soon as the device failed or the pipeline was stopped.
   bool Running() const { return mRunning; }
 
-  /// Bytes that can be taken. Tells the processor that a reader waits for more if there are fewer than wanted.
+  /// Bytes that can be taken. When they are fewer than wanted, so many are announced, and room for them is used at
+  /// once.
   std::size_t Available(std::size_t wanted = SIZE_MAX);
 
-  /// Announces received bytes, and the end of the reading.
+  /// Announces as many bytes as somebody wanted, and the end of the reading.
   NewsCounter& News() { return mNews; }
 
   std::size_t BufferCapacity() const { return mBuffer.Capacity(); }
@@ -141,9 +142,10 @@ class ReadPipeline {
   std::condition_variable mRoom;
   ReceiveBuffer mBuffer;
   std::array<std::unique_ptr<Slot>, kSlots> mSlots;
-  std::size_t mNext = 0;       ///< the slot to be submitted next
-  bool mAwaitingRoom = false;  ///< the processor has bytes that do not fit
-  bool mRoomAsked = false;     ///< and somebody waits for them
+  std::size_t mNext = 0;           ///< the slot to be submitted next
+  std::size_t mWanted = SIZE_MAX;  ///< the least that a look at what is available found missing
+  bool mAwaitingRoom = false;      ///< the processor has bytes that do not fit
+  bool mRoomAsked = false;         ///< and somebody waits for them
   bool mHeld = false;
   int mPauses = 0;
   bool mHalted = false;               ///< the endpoint stalled: nothing is submitted until its halt is cleared
