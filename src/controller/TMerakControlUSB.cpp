@@ -1,8 +1,26 @@
 #include "controller/TMerakControlUSB.h"
 
+#include <charconv>
+#include <cstdlib>
+#include <optional>
+#include <string_view>
 #include <vector>
 
 #include "controller/BridgeList.h"
+
+namespace {
+
+constexpr const char* kLatencyVariable = "CORVANE_USB_LATENCY_MS";
+
+// 1 to 255, and nothing else in the text.
+std::optional<UCHAR> LatencyOf(std::string_view text) {
+  UCHAR latency = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), latency);
+  const bool whole = error == std::errc() && end == text.data() + text.size();
+  return whole && latency != 0 ? std::optional(latency) : std::nullopt;
+}
+
+}  // namespace
 
 TMerakControlUSB::TMerakControlUSB() {
   corvane::SetControllerProducts();
@@ -19,6 +37,9 @@ TMerakControl::Status TMerakControlUSB::ListDevices(void* arg1, void* arg2, unsi
 TMerakControl::Status TMerakControlUSB::Open(int index) {
   Close();
   const Status status = FT_Open(index, &mHandle);
+  if (mHandle != nullptr) {
+    SetLatency();
+  }
   return mHandle == nullptr ? static_cast<Status>(FT_INVALID_HANDLE) : status;
 }
 
@@ -46,6 +67,20 @@ TMerakControl::Status TMerakControlUSB::SetTimeouts(unsigned int readTimeoutMs, 
 
 TMerakControl::Status TMerakControlUSB::Purge(unsigned int mask) {
   return FT_Purge(mHandle, mask);
+}
+
+void TMerakControlUSB::SetLatency() {
+  mRemark.clear();
+  const char* const text = std::getenv(kLatencyVariable);
+  if (text == nullptr) {
+    return;
+  }
+  const auto latency = LatencyOf(text);
+  if (!latency) {
+    mRemark = std::string("LAT- Ignored : ") + text;
+  } else if (const Status status = FT_SetLatencyTimer(mHandle, *latency); status != FT_OK) {
+    mRemark = "LAT- Err : " + std::to_string(status);
+  }
 }
 
 int TMerakControlUSB::GetDeviceIndex() {

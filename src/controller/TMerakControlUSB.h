@@ -1,5 +1,8 @@
-// The transport to a controller behind a USB serial bridge. The bridge is used with its own line settings.
+// The transport to a controller behind a USB serial bridge. The bridge is used with its own line settings, but for the
+// latency timer where the environment variable CORVANE_USB_LATENCY_MS (1 to 255) asks for another one.
 #pragma once
+
+#include <string>
 
 #include "controller/TMerakControl.h"
 #include "usbserial/ftd2xx.h"
@@ -16,6 +19,8 @@ class TMerakControlUSB final : public TMerakControl {
   Status ListDevices(void* arg1, void* arg2, unsigned int flags) override;
   /// FT_INVALID_HANDLE when no handle came back, whatever the bridge's status was.
   Status Open(int index) override;
+  /// A line for the trace about the latency timer that the last opening could not set; empty when there is none.
+  const std::string& Remark() const { return mRemark; }
   /// Always FT_OK; closing a closed transport does nothing.
   Status Close() override;
   /// FT_IO_ERROR when received is null, whatever came.
@@ -30,6 +35,9 @@ class TMerakControlUSB final : public TMerakControl {
   static bool IsValidProduct(const FT_DEVICE_LIST_INFO_NODE& node);
 
  private:
+  void SetLatency();
+
   bool mAvailable = true;
   FT_HANDLE mHandle = nullptr;
+  std::string mRemark;
 };

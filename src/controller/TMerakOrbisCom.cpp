@@ -68,6 +68,9 @@ MerakResult TMerakOrbisCom::Open(int index, bool shortTimeouts) {
     Trace("OPN- Err : " + std::to_string(status));
     return TMerakControl::TranslateError(status);
   }
+  if (!usb->Remark().empty()) {
+    Trace(usb->Remark());
+  }
   mTransport = std::move(usb);
   SetTimeouts(mPatience);
   for (const unsigned int mask : kPurgeMasks) {

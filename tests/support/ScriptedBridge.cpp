@@ -202,6 +202,10 @@ FT_STATUS FT_SetTimeouts(FT_HANDLE handle, DWORD readTimeout, DWORD writeTimeout
   return FT_INVALID_HANDLE;
 }
 
+FT_STATUS FT_SetLatencyTimer(FT_HANDLE /*handle*/, UCHAR /*latency*/) {
+  return FT_NOT_SUPPORTED;
+}
+
 FT_STATUS FT_Purge(FT_HANDLE handle, DWORD mask) {
   if (Device* device = Find(handle); device != nullptr) {
     device->purges.push_back(mask);
