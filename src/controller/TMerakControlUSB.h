@@ -19,8 +19,6 @@ class TMerakControlUSB final : public TMerakControl {
   Status ListDevices(void* arg1, void* arg2, unsigned int flags) override;
   /// FT_INVALID_HANDLE when no handle came back, whatever the bridge's status was.
   Status Open(int index) override;
-  /// A line for the trace about the latency timer that the last opening could not set; empty when there is none.
-  const std::string& Remark() const { return mRemark; }
   /// Always FT_OK; closing a closed transport does nothing.
   Status Close() override;
   /// FT_IO_ERROR when received is null, whatever came.
@@ -28,6 +26,9 @@ class TMerakControlUSB final : public TMerakControl {
   Status Write(const void* buffer, unsigned int count, unsigned int* written) override;
   Status SetTimeouts(unsigned int readTimeoutMs, unsigned int writeTimeoutMs) override;
   Status Purge(unsigned int mask) override;
+
+  /// A line for the trace about the latency timer that the last opening could not set; empty when there is none.
+  const std::string& Remark() const { return mRemark; }
 
   /// Place in the bridge's list of the last device with the maker's own VID/PID; -1 without one, -2 when there is no
   /// list.
