@@ -97,7 +97,8 @@ class Corvane {
 
   // --- CorvaneWaveDrive.cpp: wavelength. nm; steps of a drive that turns through 480000 ---
 
-  /// Moves the drive so that the wavelength falls on the detector behind the port in use.
+  /// Moves the drive so that the wavelength falls on the detector behind the port in use. kFailure before anything
+  /// moves for one that the drive does not reach, and for any but zero order in a record without a polynomial.
   unsigned int SetWavelength(float nm);
   /// Moves the drive to a grating (1 to 3), keeping the wavelength; to zero order for a mirror (blaze "MIRR").
   unsigned int SetGrating(int grating);

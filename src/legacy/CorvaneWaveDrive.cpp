@@ -1,5 +1,6 @@
 // Corvane: the wave drive. It turns through EECorvData::kStepsPerTurn steps and always ends its moves forward.
 #include <limits>
+#include <optional>
 
 #include "components/optics/ReferenceLines.h"
 #include "components/optics/TTivanMath.h"
@@ -112,13 +113,13 @@ bool Corvane::MoveToWavelength(float nm, int grating, unsigned int& result) {
     return false;
   }
   const int port = PortInUse();
-  const int target = mData.ConvertWaveToSteps(nm, grating, port);
+  const std::optional<int> target = mData.WavePosition(nm, grating, port);
   const corvane::CorvDataValues::Motion& range = mData.values.motors[kMotor];
-  if (target > range.maxSteps || target < range.minSteps) {
+  if (!target || *target > range.maxSteps || *target < range.minSteps) {
     return false;
   }
   unsigned int pulses = kSuccess;
-  if (!MoveWaveDrive(target, pulses)) {
+  if (!MoveWaveDrive(*target, pulses)) {
     return false;
   }
   const float reached = mData.GetActualWavelength(nm, grating, port);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "camera/TI2CInterface.h"
@@ -111,6 +112,9 @@ class EECorvData final {
   /// Position of the wave drive for a wavelength in nm on grating 1 to 3 of the current turret, with detector offset
   /// 0 or 1. kOutOfReach for a wavelength, grating or offset that has no position.
   int ConvertWaveToSteps(float wavelength, int grating, int detector) const;
+  /// The same to move by: nothing for what has no position, which kOutOfReach may be for something else, and nothing
+  /// for any wavelength but zero order where the polynomial does not tell them apart (POLY1 to POLY4 all 0).
+  std::optional<int> WavePosition(float wavelength, int grating, int detector) const;
   /// The wavelength at which the drive then really stands: the centre of the band, in steps of 0.01 nm, that
   /// ConvertWaveToSteps takes to the same position. 0 for 0; the wavelength rounded to 0.01 nm where the band has no
   /// end within 1000 nm.
@@ -120,6 +124,8 @@ class EECorvData final {
 
  private:
   void Notify();
+  /// Nothing where ConvertWaveToSteps answers kOutOfReach.
+  std::optional<int> WaveSteps(float wavelength, int grating, int detector) const;
 
   corvane::LegacyBus mBus;
   corvane::IEECorvDataListener* mListener = nullptr;

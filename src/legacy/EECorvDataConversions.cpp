@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -33,7 +34,17 @@ std::optional<int> SlitSteps(const CorvDataValues& values, int slit, float width
   return RoundToSteps(of->c0 + of->c1 * width + of->c2 * width * width);
 }
 
-/// x = wavelength * lines / kReferenceLines, which makes one polynomial serve all gratings.
+/// Makes one polynomial serve all gratings, which count from 1.
+float GratingX(const CorvDataValues& values, float wavelength, int grating) {
+  const float lines = values.ActiveTurret().gratings[static_cast<std::size_t>(grating - 1)].lines;
+  return wavelength / corvane::kReferenceLines * lines;
+}
+
+bool IsZeroOrder(float x) {
+  constexpr float kZeroOrder = 0.0001F;
+  return std::fabs(x) < kZeroOrder;
+}
+
 long double Polynomial(const CorvDataValues& values, float x) {
   const long double e = x;
   const auto& poly = values.polynomial;
@@ -82,26 +93,25 @@ long double EECorvData::GetSinCorrection(long double steps) const {
   return values.sinAmplitude * std::sin(kTwoPi * steps / values.sinFrequency + values.sinPhase);
 }
 
-int EECorvData::ConvertWaveToSteps(float wavelength, int grating, int detector) const {
-  constexpr float kZeroOrder = 0.0001F;
+std::optional<int> EECorvData::WaveSteps(float wavelength, int grating, int detector) const {
   constexpr int kSineSubtracted = 2;
   const auto detectors = static_cast<int>(values.detectorOffset.size());
   if (grating < 1 || grating > static_cast<int>(CorvDataValues::kGratings) || detector < 0 || detector >= detectors) {
-    return kOutOfReach;
+    return std::nullopt;
   }
   const CorvDataValues::Grating& of = values.ActiveTurret().gratings[static_cast<std::size_t>(grating - 1)];
-  const float x = wavelength / corvane::kReferenceLines * of.lines;
+  const float x = GratingX(values, wavelength, grating);
   const long double sine = Polynomial(values, x);
   if (sine > 1.0L) {
-    return kOutOfReach;
+    return std::nullopt;
   }
   const float origin = static_cast<float>(of.start) + static_cast<float>(of.offset) +
                        static_cast<float>(values.detectorOffset[static_cast<std::size_t>(detector)]);
   long double position = origin;
-  if (!(std::fabs(x) < kZeroOrder)) {
+  if (!IsZeroOrder(x)) {
     // Zero order needs no angle. Below -1 there is none, and a number that is none has no place.
     if (!(sine >= -1.0L)) {
-      return kOutOfReach;
+      return std::nullopt;
     }
     // The generations differ both in the sign of the correction and in where it is taken.
     const long double angle = DriveAngle(sine);
@@ -112,7 +122,18 @@ int EECorvData::ConvertWaveToSteps(float wavelength, int grating, int detector) 
       position -= GetSinCorrection(position);
     }
   }
-  return RoundToSteps(position).value_or(kOutOfReach);
+  return RoundToSteps(position);
+}
+
+int EECorvData::ConvertWaveToSteps(float wavelength, int grating, int detector) const {
+  return WaveSteps(wavelength, grating, detector).value_or(kOutOfReach);
+}
+
+std::optional<int> EECorvData::WavePosition(float wavelength, int grating, int detector) const {
+  const std::optional<int> steps = WaveSteps(wavelength, grating, detector);
+  const auto& poly = values.polynomial;
+  const bool flat = std::all_of(poly.begin(), poly.end() - 1, [](float factor) { return factor == 0.0F; });
+  return flat && steps && !IsZeroOrder(GratingX(values, wavelength, grating)) ? std::nullopt : steps;
 }
 
 float EECorvData::GetActualWavelength(float wavelength, int grating, int detector) const {

@@ -246,6 +246,19 @@ TEST_F(LegacyInstrumentTest, ARecordWithoutSenseIsSurvived) {
   }
 }
 
+TEST_F(LegacyInstrumentTest, AWavelengthWithoutAPlaceMovesNothingAndZeroOrderStays) {
+  // Of the polynomial's linear term: none, and 0.002, which leaves the sines above 500 nm of grating 1.
+  for (const std::vector<int>& bytes : {std::vector<int>{0, 0, 0, 0}, {111, 18, 3, 59}}) {
+    ASSERT_NO_FATAL_FAILURE(Open({{"memory", {{"patches", {{{"page", 1}, {"offset", 86}, {"bytes", bytes}}}}}}}));
+    const json before = Lab().State();
+    EXPECT_EQ(CorvaneSetWavelength(0, 1000.0F), CORVANE_COMMUNICATION_ERROR);
+    EXPECT_EQ(CorvaneSetGrating(0, 1), CORVANE_COMMUNICATION_ERROR) << "which keeps 500 nm";
+    EXPECT_EQ(Lab().State(), before);
+    EXPECT_EQ(CorvaneGotoZeroOrder(0), CORVANE_SUCCESS);
+    EXPECT_NEAR(Lab().State()["fromZero"].get<double>(), 0.0, 1.0);
+  }
+}
+
 /// What a function answers where its part is fitted or not.
 unsigned int ExpectedStatus(const ExportedFunction& function, bool fitted) {
   const std::string call = function.call.text;
