@@ -104,6 +104,7 @@ class Corvane {
   unsigned int SetGrating(int grating);
   /// Moves the drive to a grating's zero order; a grating outside 1 to 3 is the one in use.
   unsigned int GotoZeroOrder(int grating);
+  /// kFailure while the stored wavelength is no finite number; so does AtZeroOrder.
   unsigned int GetWavelength(float* nm);
   unsigned int AtZeroOrder(bool* atZeroOrder);
   /// 0 to the greatest wavelength of a grating (1 to 3, or kActiveGrating).

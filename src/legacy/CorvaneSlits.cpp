@@ -69,7 +69,7 @@ unsigned int Corvane::KeepSlit(int slit, float width) {
 unsigned int Corvane::GetSlit(int slit, float* width) {
   return OnRecord(IsSlit(slit), [&](const CorvDataValues& values) {
     const float held = values.currentSlit[static_cast<std::size_t>(slit)];
-    if (std::isnan(held)) {
+    if (!std::isfinite(held)) {
       return kFailure;
     }
     *width = held;

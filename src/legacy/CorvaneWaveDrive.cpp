@@ -1,4 +1,5 @@
 // Corvane: the wave drive. It turns through EECorvData::kStepsPerTurn steps and always ends its moves forward.
+#include <cmath>
 #include <limits>
 #include <optional>
 
@@ -145,13 +146,21 @@ unsigned int Corvane::MoveToZeroOrder(int grating) {
 unsigned int Corvane::GetWavelength(float* nm) {
   return OnRecord([&](const corvane::CorvDataValues& values) {
     const float lines = Grating(mGrating).lines;
-    *nm = TivanUtility::TTivanMath::IsZero(lines) ? 0.0F : values.currentWave * corvane::kReferenceLines / lines;
+    const float answer =
+        TivanUtility::TTivanMath::IsZero(lines) ? 0.0F : values.currentWave * corvane::kReferenceLines / lines;
+    if (!std::isfinite(values.currentWave) || !std::isfinite(answer)) {
+      return kFailure;
+    }
+    *nm = answer;
     return kSuccess;
   });
 }
 
 unsigned int Corvane::AtZeroOrder(bool* atZeroOrder) {
   return OnRecord([&](const corvane::CorvDataValues& values) {
+    if (!std::isfinite(values.currentWave)) {
+      return kFailure;
+    }
     *atZeroOrder = values.currentWave == 0.0F;
     return kSuccess;
   });

@@ -259,6 +259,22 @@ TEST_F(LegacyInstrumentTest, AWavelengthWithoutAPlaceMovesNothingAndZeroOrderSta
   }
 }
 
+TEST_F(LegacyInstrumentTest, AStoredWavelengthThatIsNoNumberIsNoAnswerAndIsKeptUntilTheNext) {
+  const std::vector<int> infinity{0, 0, 128, 127};
+  const json patch = {{"page", 0}, {"offset", kCurrentWave}, {"bytes", infinity}};
+  ASSERT_NO_FATAL_FAILURE(Open({{"memory", {{"patches", {patch}}}}}));
+  constexpr ExportedCall kCalls[] = {CALL(CorvaneGetWavelength(d, &o.floats[0])),
+                                     CALL(CorvaneAtZeroOrder(d, &o.ints[0])), CALL(CorvaneSetGrating(d, 2))};
+  for (const auto& [text, run] : kCalls) {
+    Outputs out;
+    EXPECT_EQ(run(0, out), CORVANE_COMMUNICATION_ERROR) << text;
+  }
+  EXPECT_EQ(Lab().State()["drive"], 0) << "homed, and not moved from there";
+  EXPECT_EQ(Lab().State()["writes"], 0);
+  EXPECT_EQ(CorvaneSetWavelength(0, 500.0F), CORVANE_SUCCESS);
+  ExpectStandsAt(500.0F, "after the first that was given");
+}
+
 /// What a function answers where its part is fitted or not.
 unsigned int ExpectedStatus(const ExportedFunction& function, bool fitted) {
   const std::string call = function.call.text;

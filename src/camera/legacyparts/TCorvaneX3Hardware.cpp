@@ -49,8 +49,11 @@ void TCorvaneX3Hardware::Initialise() {
   int grating = 0;
   float nm = 0.0F;
   static_cast<void>(mDriver->GetGrating(&grating));
-  static_cast<void>(mDriver->GetWavelength(&nm));
+  const bool known = mDriver->GetWavelength(&nm) == Corvane::kSuccess;
   static_cast<void>(mDriver->ResetWavelength(true));
+  if (!known) {
+    return;  // There is no wavelength to go back to.
+  }
   static_cast<void>(mDriver->SetGrating(grating));
   static_cast<void>(mDriver->SetWavelength(nm));
 }
