@@ -23,7 +23,7 @@ constexpr std::uint8_t kModeRegister = 0xFF;
 constexpr std::uint8_t kWriteMode = 2;
 constexpr std::uint8_t kMotorStatus = 0xC3;
 /// Where a camera on USB finds the motors' status before version 23.
-constexpr std::uint8_t kMotorStatusBursts = 0xC4;
+constexpr std::uint8_t kUsbMotorStatus = 0xC4;
 
 /// From this version on the status device takes register transfers, below it bursts.
 constexpr int kFirstWithRegisters = 23;
@@ -145,7 +145,7 @@ bool LegacyInstrument::SetOutput(std::uint8_t value) {
 }
 
 bool LegacyInstrument::ReadStatus(std::uint8_t reg, std::uint8_t& value) const {
-  if (reg == (TakesBursts() ? kMotorStatusBursts : kMotorStatus)) {
+  if (reg == (TakesBursts() && mDescription.usbCamera ? kUsbMotorStatus : kMotorStatus)) {
     value = mMotors.Status();
     return true;
   }

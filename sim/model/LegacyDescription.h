@@ -74,6 +74,7 @@ struct LegacyDescription {
   /// serial is the record's version text, which hosts show as the serial number. The first two detector offsets count.
   Record record;
   int fpga = 25;              ///< below 23 the instrument takes bursts, from 23 register transfers
+  bool usbCamera = true;      ///< behind a camera on USB, which below 23 finds the motors' status elsewhere
   float wavelength = 500.0F;  ///< where it stands on the first grating, nm
   /// Where the drive stands instead, in steps from the fine hole's edge, whatever the record believes.
   std::optional<int> drivePosition;

@@ -228,23 +228,38 @@ void LegacyBus::Delay(float milliseconds) {
   }
 }
 
-int LegacyBus::GetFPGAVersion() {
+std::optional<int> LegacyBus::ReadFpgaVersion() {
   std::uint8_t version = 0;
-  const bool read = I2CRead(kMotorController, kVersionRegister, &version) == kBusSuccess;
-  return read && version <= kLargestFpgaVersion ? version : 0;
+  if (I2CRead(kMotorController, kVersionRegister, &version) != kBusSuccess) {
+    return std::nullopt;
+  }
+  return version <= kLargestFpgaVersion ? version : 0;
+}
+
+int LegacyBus::GetFPGAVersion() {
+  return ReadFpgaVersion().value_or(0);
 }
 
 int LegacyBus::EngineMoving(int motor) {
-  const bool byRegister = GetFPGAVersion() >= kRegisterFpgaVersion;
+  const std::optional<std::uint8_t> status = ReadMotorStatus();
+  SleepMilliseconds(kPollMilliseconds);
+  if (!status) {
+    return kUnreadable;
+  }
+  return (*status & BusyMask(motor)) != 0 ? kMoving : kStanding;
+}
+
+std::optional<std::uint8_t> LegacyBus::ReadMotorStatus() {
+  const std::optional<int> version = ReadFpgaVersion();
+  if (!version) {
+    return std::nullopt;  // The register of another generation may read as standing.
+  }
+  const bool byRegister = *version >= kRegisterFpgaVersion;
   const std::uint8_t reg = !byRegister && mUsb ? kUsbMotorStatusRegister : kMotorStatusRegister;
   const bool selected = byRegister || I2CBurstWrite(kStatusDevice, 1, &reg) == kBusSuccess;
   std::uint8_t status = 0;
   const bool read = I2CRead(kStatusDevice, reg, &status) == kBusSuccess;
-  SleepMilliseconds(kPollMilliseconds);
-  if (!selected || !read) {
-    return kUnreadable;
-  }
-  return (status & BusyMask(motor)) != 0 ? kMoving : kStanding;
+  return selected && read ? std::optional(status) : std::nullopt;
 }
 
 int LegacyBus::WaitForStandstill(int motor) {

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "camera/TI2CInterface.h"
 #include "legacy/RampedMoveFormat.h"
@@ -68,7 +69,8 @@ class LegacyBus {
 
   /// 0 to 254; 0 also for 255 and when it cannot be read.
   int GetFPGAVersion();
-  /// kMoving, kStanding, or kUnreadable when the state of the motor (0 to 4) cannot be read. Sleeps 10 ms.
+  /// kMoving, kStanding, or kUnreadable when the state of the motor (0 to 4), or the FPGA version that says where it
+  /// lies, cannot be read. Sleeps 10 ms.
   int EngineMoving(int motor);
   /// Waits until the motor stands, without a time limit: a stuck motor is waited for. A bus on which 100 polls in a row
   /// fail is not: kFailure.
@@ -77,9 +79,11 @@ class LegacyBus {
   /// does not wait for its end. kFailure also for a move that has no encoding (RampedMoveFormat.h).
   int StartRampedMove(std::uint8_t address, const RampedMove& move);
 
-  bool IsUsb() const { return mUsb; }
-
  private:
+  /// As GetFPGAVersion, but nothing when it cannot be read.
+  std::optional<int> ReadFpgaVersion();
+  /// Nothing when it cannot be read, or the version that says where it lies.
+  std::optional<std::uint8_t> ReadMotorStatus();
   /// Writes one byte and gives the EEPROM the time to store it.
   bool Put(std::uint8_t value, std::uint8_t device, std::uint8_t reg);
 

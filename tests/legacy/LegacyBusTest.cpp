@@ -85,13 +85,16 @@ TEST(LegacyBus, OrdersAMoveThatItsFourteenBytesHold) {
 }
 
 TEST(LegacyBus, SeesAMotorMoveByItsOwnBits) {
-  // By register, and told first which register where the first generation behind a USB camera keeps it.
-  for (const int fpga : {25, 22}) {
-    SCOPED_TRACE(fpga);
+  // By register; the first generation is told first which one, and keeps it in another behind a USB camera.
+  for (const auto& [fpga, usb] : {std::pair{25, true}, {25, false}, {22, true}, {22, false}}) {
+    SCOPED_TRACE(std::to_string(fpga) + (usb ? " on USB" : ""));
     corvane::sim::LegacyDescription description = corvane::sim::DefaultLegacy();
     description.fpga = fpga;
+    description.usbCamera = usb;
     SimulatedLegacyBus device(description);
-    corvane::LegacyBus bus(&device, true);
+    corvane::LegacyBus bus(&device, usb);
+    device.failingTransfer = 1;
+    EXPECT_EQ(bus.EngineMoving(0), corvane::LegacyBus::kUnreadable) << "the version, not taken for an old one";
     ASSERT_EQ(bus.StartRampedMove(kMotors, {1, true, true, corvane::MoveMode::kPlain, 800, kSlowRamp}), kSuccess);
     for (const auto& [motor, moving] :
          {std::pair{0, kStanding}, {1, kMoving}, {2, kStanding}, {3, kMoving}, {4, kMoving}}) {
