@@ -115,7 +115,8 @@ class Corvane {
 
   // --- CorvaneHoming.cpp ---
 
-  /// Homes the wave drive by its coarse and its fine hole, or by the fine hole alone; its position is then 0.
+  /// Homes the wave drive by its coarse and its fine hole, or by the fine hole alone; its position is then 0. A hole
+  /// that was not found goes unnoticed. kFailure before anything moves where the record's lengths describe no search.
   unsigned int ResetWavelength(bool full);
 
   // --- CorvaneGratings.cpp: gratings, turrets, offsets ---
@@ -162,6 +163,8 @@ class Corvane {
   // After a move that failed, or whose end was not seen, no filter is known: SetFilter and GetFilter answer kFailure
   // until ResetFilter succeeded. The EEPROM keeps the filter from before, and the next load believes it.
 
+  /// kFailure before anything moves where the record has one of the two filters outside the wheel's turn, or both in
+  /// one place.
   unsigned int SetFilter(int filter);
   /// kFailure while the stored filter is none of 1 to 6.
   unsigned int GetFilter(int* filter);

@@ -45,7 +45,12 @@ unsigned int Corvane::SetFilter(int filter) {
   const auto delta = [&](int number) -> std::int64_t {
     return values.filterDelta[static_cast<std::size_t>(number - 1)];
   };
-  const std::int64_t steps = ((delta(filter) - delta(now)) % turn + turn) % turn;
+  const auto onTheWheel = [&](int number) { return delta(number) >= 0 && delta(number) < turn; };
+  // Filters outside the turn, or in one place, cannot be told apart.
+  if (!onTheWheel(filter) || !onTheWheel(now) || (filter != now && delta(filter) == delta(now))) {
+    return kFailure;
+  }
+  const std::int64_t steps = (delta(filter) - delta(now) + turn) % turn;
   unsigned int result = kSuccess;
   values.currentFilter = kNoFilter;
   if (steps != 0 && (!Travel(kMotor, true, steps, result) || result != kSuccess)) {
@@ -108,10 +113,15 @@ bool Corvane::TurnToFilterOne() {
   if (found && SearchFilterOne(false, false, fine, kEdgeMoves) && SearchFilterOne(true, true, fine, kEdgeMoves)) {
     across = SearchFilterOne(true, false, fine, kEdgeMoves);
   }
-  // Back beyond the middle, to arrive forward.
+  if (!across) {
+    return false;
+  }
+  // Back beyond the middle, to arrive forward, whatever the offset: at least a step, at most a turn.
+  const std::int64_t turn = mData.values.motors[kMotor].maxSteps;
+  const std::int64_t last = ((sixth + mData.values.filterResetOffset - 1) % turn + turn) % turn + 1;
   unsigned int result = kSuccess;
-  return across && Travel(kMotor, false, sixth + *across * fine / 2, result) &&
-         Travel(kMotor, true, sixth + mData.values.filterResetOffset, result) && result == kSuccess;
+  return Travel(kMotor, false, sixth + *across * fine / 2, result) && Travel(kMotor, true, last, result) &&
+         result == kSuccess;
 }
 
 unsigned int Corvane::GetFilterInfo(int filter, char* text, int maxLength) {

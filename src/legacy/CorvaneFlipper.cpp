@@ -22,7 +22,7 @@ constexpr PortLimits kSidePort{.low = 0.0F, .high = 2000.0F, .limited = false};
 
 unsigned int Corvane::SendMirror(int port) {
   corvane::CorvDataValues& values = mData.values;
-  const int travel = values.motors[kMotor].maxSteps;
+  const std::int64_t travel = std::int64_t{values.motors[kMotor].maxSteps} - values.motors[kMotor].minSteps;
   unsigned int result = kSuccess;
   if (travel < 1 || !Travel(kMotor, port == 1, travel, result)) {
     return kFailure;

@@ -23,6 +23,14 @@ constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
 constexpr int kOneMove = 3;
 
 const Texts kNothing;
+// Lengths and places of the record that tests change: page and offset.
+constexpr std::pair kFineFind{1, 186};
+constexpr std::pair kFineInto{1, 202};
+constexpr std::pair kFineEdge{1, 206};
+constexpr std::pair kHighestDrive{1, 16};
+constexpr std::pair kSecondFilter{3, 98};
+constexpr std::pair kFilterResetOffset{3, 90};
+constexpr std::pair kLowestFlipper{4, 12};
 const Texts kCoarseHole{"0+480000h", "0+1000", "0-5000e"};
 const Texts kFineHole{"0+3000h", "0+10", "0-2000e"};
 
@@ -42,6 +50,9 @@ class CorvaneTest : public testing::Test {
     mDriver.SaveCurrentWaveSteps(position);
     mBus.TakeStatus();
     mBus.TakeMoves();
+  }
+  void Program(std::pair<int, int> at, std::int32_t number) {
+    mBus.Program(at.first, at.second, {reinterpret_cast<const char*>(&number), sizeof(number)});
   }
   int Steps() {
     int steps = 0;
@@ -158,9 +169,30 @@ TEST_F(CorvaneTest, ADriveThatGotLostIsHomedBeforeItMoves) {
   EXPECT_EQ(Steps(), 0);
 }
 
+TEST_F(CorvaneTest, HomingLeavesOutALegWithoutLengthAndRefusesToSearchForNothing) {
+  const struct {
+    int find;
+    int into;
+    int edge;
+    unsigned int result;
+    Texts moves;
+  } cases[] = {{3000, 0, 2000, Corvane::kSuccess, {"0+3000h", "0-2000e"}},
+               {0, 0, 2000, Corvane::kSuccess, {"0-2000e"}},
+               {3000, 10, -1, Corvane::kFailure, kNothing},
+               {0, 10, 0, Corvane::kFailure, kNothing}};
+  for (const auto& [find, into, edge, result, moves] : cases) {
+    Program(kFineFind, find);
+    Program(kFineInto, into);
+    Program(kFineEdge, edge);
+    Load(1000);
+    EXPECT_EQ(mDriver.ResetWavelength(false), result);
+    EXPECT_EQ(mBus.TakeMoves(), moves);
+    EXPECT_EQ(Steps(), result == Corvane::kSuccess ? 0 : 1000);
+  }
+}
+
 TEST_F(CorvaneTest, AWavelengthOutOfReachMovesNothing) {
-  const std::int32_t highest = 20000;
-  mBus.Program(1, 16, {reinterpret_cast<const char*>(&highest), sizeof(highest)});
+  Program(kHighestDrive, 20000);
   Load(1000);
   EXPECT_EQ(mDriver.SetWavelength(1000.0F), Corvane::kFailure) << "above the drive's highest position";
   EXPECT_EQ(mDriver.SetWavelength(kNoNumber), Corvane::kBeyondLimits);
@@ -277,9 +309,9 @@ TEST_F(CorvaneTest, PartsMoveTheirMotorAndStoreWhereTheyStand) {
       {"slit reset", [](auto& d) { return d.ResetSlit(0, true); }, kDone, {"1-4880", "1+100", "1-100"}, 0, 79, 10.0F},
       {"filter", [](auto& d) { return d.SetFilter(6); }, kDone, {"2+4000"}, 0, 83, 6},
       {"filter over the end", [](auto& d) { return d.SetFilter(2); }, kDone, {"2+1600"}, 0, 83, 2},
-      {"mirror", [](auto& d) { return d.SetMirrorPosition(false); }, kDone, {"3+80"}, 0, 87, 1},
-      {"mirror there", [](auto& d) { return d.SetMirrorPosition(false); }, kDone, {"3+80"}, 0, 87, 1},
-      {"mirror reset", [](auto& d) { return d.ResetMirror(); }, kDone, {"3-80"}, 0, 87, 0},
+      {"mirror", [](auto& d) { return d.SetMirrorPosition(false); }, kDone, {"3+70"}, 0, 87, 1},
+      {"mirror there", [](auto& d) { return d.SetMirrorPosition(false); }, kDone, {"3+70"}, 0, 87, 1},
+      {"mirror reset", [](auto& d) { return d.ResetMirror(); }, kDone, {"3-70"}, 0, 87, 0},
       {"other port", [](auto& d) { return d.ModifyDetectorOffset(0, 1, 77); }, kDone, kNothing, 1, 226, 77},
       {"port in use", [](auto& d) { return d.ModifyDetectorOffset(0, 0, 292); }, kDone, {"0+100"}, 1, 70, 292},
       {"grating in use", [](auto& d) { return d.ModifyGratingOffset(0, 50); }, kDone, {"0+50"}, 1, 46, 50},
@@ -288,6 +320,7 @@ TEST_F(CorvaneTest, PartsMoveTheirMotorAndStoreWhereTheyStand) {
       {"equal widths", [](auto& d) { return d.WriteSlitCoefficients(1, 5, 3, 5); }, kRefused, kNothing, 2, 24, 10},
       {"coefficients", [](auto& d) { return d.WriteSlitCoefficients(1, 2, 3, 5); }, kDone, kNothing, 2, 32, 5},
   };
+  Program(kLowestFlipper, 10);
   Load(1000);
   for (const auto& [what, operation, result, moves, page, offset, stored] : cases) {
     SCOPED_TRACE(what);
@@ -376,6 +409,25 @@ TEST_F(CorvaneTest, FilterWheelIsFoundByItsSensor) {
     EXPECT_EQ(mDriver.ResetFilter(), Corvane::kFailure);
     EXPECT_EQ(mDriver.GetFilter(&filter), Corvane::kFailure);
     EXPECT_EQ(mDriver.SetFilter(1), Corvane::kFailure);
+  }
+}
+
+TEST_F(CorvaneTest, AResetOffsetMayLieAnywhereOnTheTurnOfTheWheel) {
+  for (const int offset : {160, -799, -800, -5000, std::numeric_limits<int>::max()}) {
+    Program(kFilterResetOffset, offset);
+    Load();
+    EXPECT_EQ(mDriver.ResetFilter(), Corvane::kSuccess) << offset;
+    EXPECT_NEAR(std::remainder(mBus.Position(kFilterMotor) + 160.0 - offset, 4800.0), 0.0, 40.0) << offset;
+  }
+}
+
+TEST_F(CorvaneTest, AFilterWithoutAPlaceOfItsOwnIsRefused) {
+  for (const int place : {-1, 0, 4800}) {
+    Program(kSecondFilter, place);
+    Load();
+    EXPECT_EQ(mDriver.SetFilter(2), Corvane::kFailure) << place;
+    EXPECT_EQ(mBus.TakeMoves(), kNothing);
+    EXPECT_EQ(mDriver.SetFilter(1), Corvane::kSuccess) << "where it stands";
   }
 }
 
