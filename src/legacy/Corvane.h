@@ -154,8 +154,9 @@ class Corvane {
   unsigned int ResetSlit(int slit, bool twice);
   unsigned int GetCurrentSlitSteps(int slit, int* steps);
   /// Steps and width of the input slit's two calibration points: those in the EEPROM, or where the record came from a
-  /// file those of the record. Writing reaches the EEPROM alone, so the slit moves by the new points from the next load
-  /// on; points of the same width are refused, and so is writing where the record did not come from the EEPROM.
+  /// file those of the record. Writing reaches the EEPROM alone: from the next load on the slit moves by the new
+  /// points, and wrongly until it is reset, since its stored width then stands for another place. Points of the same
+  /// width are refused, and so is writing where the record did not come from the EEPROM.
   unsigned int ReadSlitCoefficients(int& steps1, int& width1, int& steps2, int& width2);
   unsigned int WriteSlitCoefficients(int steps1, int width1, int steps2, int width2);
 

@@ -3,7 +3,6 @@
 #include <CorvaneCIF.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
 #include <exception>
 #include <memory>
@@ -386,7 +385,7 @@ TEST_F(LegacyInstrumentTest, NumbersOutsideTheirLimitsReachNoPart) {
   EXPECT_EQ(Lab().State(), before);
 }
 
-TEST_F(LegacyInstrumentTest, ADeadBusEndsEveryCallInSecondsAndALivingOneWorksAgain) {
+TEST_F(LegacyInstrumentTest, ADeadBusEndsEveryCallAfterFewTransfersAndALivingOneWorksAgain) {
   ASSERT_NO_FATAL_FAILURE(Open(json::object()));
   Lab().Bus().ArmFault(1, 1, 20067);
   for (const ExportedFunction& function : EveryDeviceFunction()) {
@@ -394,9 +393,10 @@ TEST_F(LegacyInstrumentTest, ADeadBusEndsEveryCallInSecondsAndALivingOneWorksAga
       continue;  // the record in memory takes an offset even where the drive cannot follow
     }
     Outputs out;
-    const auto begin = std::chrono::steady_clock::now();
+    const auto before = Lab().Bus().Operations();
     StatusOf(function, out);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10)) << function.call.text;
+    // A hundred polls of a motor, ten milliseconds each, and what comes before them.
+    EXPECT_LT(Lab().Bus().Operations() - before, 200U) << function.call.text;
   }
   EXPECT_EQ(CorvaneSetWavelength(0, 600.0F), CORVANE_COMMUNICATION_ERROR);
   Lab().Bus().ArmFault(0, 0, 0);
