@@ -107,6 +107,7 @@ TEST_F(SdkComponents, RefuseWhatIsNoIndex) {
   for (const int none : {-2, 3, std::numeric_limits<int>::max()}) {
     EXPECT_EQ(ThrownBy([&] { mGrating.GetGratingInfo(none, value, blaze, value, value); }), kFailureCode) << none;
     EXPECT_EQ(ThrownBy([&] { mGrating.GetGratingOffset(none); }), kFailureCode) << none;
+    EXPECT_EQ(ThrownBy([&] { mGrating.SetGratingOffset(none, 7); }), kFailureCode) << none;
     EXPECT_EQ(ThrownBy([&] { mWave.GetWavelengthLimits(none, value, value); }), kFailureCode) << none;
   }
   EXPECT_EQ(ThrownBy([&] { mHardware.GetSlitInterface(Slit::kSlitPosition0)->GetSlitMode(); }), kFailureCode);
