@@ -30,9 +30,16 @@ MerakResult StorePort(int& held, int port) {
 
 }  // namespace
 
-std::int64_t TCorvaneMerakStepTurret::TotalSteps() {
-  unsigned long total = 0;
-  return mController.GetTotalSteps(total) == merak::kSuccess ? static_cast<std::int64_t>(total) : 0;
+MerakResult TCorvaneMerakStepTurret::ReadTotal(std::int64_t& total) {
+  unsigned long given = 0;
+  if (const MerakResult result = mController.GetTotalSteps(given); result != merak::kSuccess) {
+    return result;
+  }
+  if (given == 0 || given > static_cast<unsigned long>(std::numeric_limits<int>::max())) {
+    return merak::kIoError;
+  }
+  total = static_cast<std::int64_t>(given);
+  return merak::kSuccess;
 }
 
 MerakResult TCorvaneMerakStepTurret::ReadPosition(int& step) {
@@ -81,10 +88,16 @@ std::int64_t TCorvaneMerakStepTurret::merakStepsToTivanSteps(std::int64_t steps,
 }
 
 MerakResult TCorvaneMerakStepTurret::StepShift(std::int64_t delta) {
-  const std::int64_t total = TotalSteps();
+  std::int64_t total = 0;
   int current = 0;
+  if (const MerakResult result = ReadTotal(total); result != merak::kSuccess) {
+    return result;
+  }
   if (const MerakResult result = ReadPosition(current); result != merak::kSuccess) {
     return result;
+  }
+  if (current < 0 || current >= total) {
+    return merak::kIoError;
   }
   return mController.StepAbs(Saturate(tivanStepsToMerakSteps(current + delta, total)));
 }
@@ -110,9 +123,14 @@ MerakResult TCorvaneMerakStepTurret::MoveTo(int grating, float nm, std::int64_t 
 }
 
 MerakResult TCorvaneMerakStepTurret::SetWavelength(float nm) {
-  const std::int64_t total = TotalSteps();
-  int grating = 1;
-  GetGrating(grating);
+  std::int64_t total = 0;
+  int grating = 0;
+  if (const MerakResult result = ReadTotal(total); result != merak::kSuccess) {
+    return result;
+  }
+  if (const MerakResult result = GetGrating(grating); result != merak::kSuccess) {
+    return result;
+  }
   return MoveTo(grating, nm, total);
 }
 
@@ -125,7 +143,10 @@ MerakResult TCorvaneMerakStepTurret::SetGrating(int grating, eWavelengthOption o
   if (grating < 1 || grating > kGratings) {
     return merak::kUnknownError;
   }
-  const std::int64_t total = TotalSteps();
+  std::int64_t total = 0;
+  if (const MerakResult result = ReadTotal(total); result != merak::kSuccess) {
+    return result;
+  }
   float nm = 0.0F;
   if (option == kKeepWavelength) {
     GetWavelength(nm);
@@ -135,11 +156,18 @@ MerakResult TCorvaneMerakStepTurret::SetGrating(int grating, eWavelengthOption o
 
 MerakResult TCorvaneMerakStepTurret::GetGrating(int& grating) {
   int position = 0;
+  std::int64_t total = 0;
   if (const MerakResult result = ReadPosition(position); result != merak::kSuccess) {
     return result;
   }
+  if (const MerakResult result = ReadTotal(total); result != merak::kSuccess) {
+    return result;
+  }
+  if (position < 0 || position >= total) {
+    return merak::kIoError;
+  }
   // Unwrapped with the ports known so far; the comparison then takes the fresh ones.
-  const std::int64_t steps = merakStepsToTivanSteps(position, TotalSteps());
+  const std::int64_t steps = merakStepsToTivanSteps(position, total);
   RefreshPorts();
   grating = kGratings;
   for (int i = kGratings - 1; i >= 0; --i) {

@@ -2,7 +2,9 @@
 // is both strategies at once. The device owns it; the grating, the wavelength and the flippers borrow it.
 //
 // Two ways to count: library steps may be negative or exceed a revolution; controller steps lie in [0, N), N being the
-// motor's steps per revolution, asked once per operation. Without an answer nothing is wrapped.
+// motor's steps per revolution, asked for at every operation. No step is computed without N and, where it counts, the
+// present step: an answer that fails or cannot be one (kIoError) ends the operation before anything moves. Ports are
+// not so: those last known stand in.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +20,7 @@ class TCorvaneMerakStepTurret final : public TMCorvaneWaveStrategy, public TMCor
   explicit TCorvaneMerakStepTurret(TMerakOrbis& controller) : mController(controller) {}
 
   /// Moves the current grating; on success the EEPROM takes the wavelength as the current one. A wavelength out of
-  /// reach goes to the grating's zero order, without a word. Failed reads before the move are not looked at.
+  /// reach goes to the grating's zero order, without a word.
   MerakResult SetWavelength(float nm) override;
   /// The EEPROM's current wavelength; nothing is asked.
   MerakResult GetWavelength(float& nm) override;
@@ -27,13 +29,14 @@ class TCorvaneMerakStepTurret final : public TMCorvaneWaveStrategy, public TMCor
   MerakResult SetGrating(int grating, eWavelengthOption option) override;
   /// The last grating (1 to 3) whose zero position lies at or below the turret's position; 3 when none does.
   MerakResult GetGrating(int& grating) override;
-  /// When the grating is the current one the turret follows the change. kDeviceNotOpen while there is no record.
+  /// When the grating is the current one the turret follows the change. kDeviceNotOpen while there is no record. After
+  /// a failure to follow the offset is stored all the same, and the next wavelength takes it in.
   MerakResult SetGratingOffset(int grating, int offset) override;
   MerakResult GetGratingOffset(int grating, int& offset) override;
   MerakResult GratingOffsetAutoAdjust() override { return merak::kSuccess; }
   MerakResult GratingOffsetCancelAutoAdjust() override { return merak::kSuccess; }
-  /// When the ports are the current ones the turret follows the change. kInvalidParameter for ports other than
-  /// 0 and 1, kDeviceNotOpen while there is no record.
+  /// When the ports are the current ones the turret follows the change, as above. kInvalidParameter for ports other
+  /// than 0 and 1, kDeviceNotOpen while there is no record.
   MerakResult SetDetectorOffset(int entrance, int exit, int offset) override;
   MerakResult GetDetectorOffset(int entrance, int exit, int& offset) override;
 
@@ -45,8 +48,8 @@ class TCorvaneMerakStepTurret final : public TMCorvaneWaveStrategy, public TMCor
  private:
   static constexpr int kGratings = 3;
 
-  /// Steps per revolution; 0 when the controller does not tell.
-  std::int64_t TotalSteps();
+  /// Steps per revolution, at least 1. kIoError when the reply holds no such number.
+  MerakResult ReadTotal(std::int64_t& total);
   /// Controller steps. kIoError when the reply holds no number.
   MerakResult ReadPosition(int& step);
   void RefreshPorts();
