@@ -251,9 +251,11 @@ CORVANE_API unsigned int CorvaneShutterIsPresent(int device, int* present);
 
 /* Relative move in steps. CORVANE_P2_INVALID: the target lies below 0 or above the maximum. "PERIPHERAL?" before
  * each of "FOCUS_TOTALSTEPS?", "FOCUS?" and "MOVE_FOCUS".
- * Without a focus mirror an instrument with a motion controller has position 0 and maximum 0.
- * The travel is read first, and a failure of that read leaves this function as a C++ exception (derived from
- * std::exception), which ends a program that cannot catch it: ask CorvaneFocusMirrorIsPresent before. */
+ * Without a focus mirror an instrument with a motion controller has position 0 and maximum 0, and its reset does
+ * nothing, with CORVANE_SUCCESS; so it is while the instrument does not answer which parts it has. A move then answers
+ * CORVANE_P2_INVALID, or CORVANE_COMMUNICATION_ERROR where the answer came too late for the travel.
+ * The travel is read first. A fitted mirror that does not answer "FOCUS_TOTALSTEPS?" or "FOCUS?" leaves this function
+ * as a C++ exception (derived from std::exception), which ends a program that cannot catch it. */
 CORVANE_API unsigned int CorvaneSetFocusMirror(int device, int steps);
 CORVANE_API unsigned int CorvaneGetFocusMirror(int device, int* position);
 CORVANE_API unsigned int CorvaneGetFocusMirrorMaxSteps(int device, int* steps);

@@ -14,32 +14,32 @@ bool TCorvaneMerakFocusMirror::IsPresent() {
   return corvane::ListContainsText(mAborter, mController, kName);
 }
 
-bool TCorvaneMerakFocusMirror::ReadPresence() {
-  return corvane::ReadListContainsText(mAborter, mController, kName);
-}
-
 void TCorvaneMerakFocusMirror::SetMirrorFocus(int steps) {
-  if (ReadPresence()) {
+  if (corvane::ReadListContainsText(mAborter, mController, kName)) {
+    if (mPositionUnknown) {
+      throw TCorvaneException(merak::kIoError);
+    }
     corvane::RunBusy(mAborter, *this, [&] { return mController.SetMirrorFocus(steps); });
   }
 }
 
 int TCorvaneMerakFocusMirror::GetMirrorFocus() {
-  if (!ReadPresence()) {
+  mPositionUnknown = !IsPresent();
+  if (mPositionUnknown) {
     return 0;
   }
   return corvane::ReadNumber(mAborter, [this](int& given) { return mController.GetMirrorFocus(given); });
 }
 
 int TCorvaneMerakFocusMirror::GetFocusMirrorMaxSteps() {
-  if (!ReadPresence()) {
+  if (!IsPresent()) {
     return 0;
   }
   return corvane::ReadNumber(mAborter, [this](int& given) { return mController.GetFocusMirrorMaxSteps(given); });
 }
 
 void TCorvaneMerakFocusMirror::Reset() {
-  if (ReadPresence()) {
+  if (IsPresent()) {
     corvane::RunBusy(mAborter, *this, [&] { return mController.FocusMirrorHome(); });
   }
 }

@@ -1,9 +1,8 @@
-// The motorised focus mirror of a controller instrument; positions in motor steps of its axis. Without one, moves do
-// nothing and positions are 0, deliberately without an error.
+// The motorised focus mirror of a controller instrument; positions in motor steps of its axis. Without one, and while
+// the peripheral list cannot be had, positions are 0 and a reset does nothing, deliberately without an error. Only a
+// move tells the two apart.
 //
-// Failures throw TCorvaneException with the controller's code, merak::kIoError for a reply without a number. That
-// the peripheral list cannot be had is one: it leaves open whether there is a mirror, and a position of 0 would let
-// moves run past the end.
+// Failures throw TCorvaneException with the controller's code, merak::kIoError for a reply without a number.
 #pragma once
 
 #include "core/ISpectrographFocusMirror.h"
@@ -18,7 +17,9 @@ class TCorvaneMerakFocusMirror final : public ISpectrographFocusMirror {
 
   /// A name in the controller's peripheral list contains "FOC"; false when the list cannot be had.
   bool IsPresent() override;
-  /// "MOVE_FOCUS", a relative move; 0 steps send nothing. Busy meanwhile.
+  /// "MOVE_FOCUS", a relative move; 0 steps send nothing. Busy meanwhile. Without a mirror nothing. Throws when the
+  /// list cannot be had, and kIoError when it shows a mirror now that it did not show as the position was asked for
+  /// last: a caller that reckoned with that 0 would drive the mirror past its end.
   void SetMirrorFocus(int steps) override;
   /// "FOCUS?".
   int GetMirrorFocus() override;
@@ -31,11 +32,10 @@ class TCorvaneMerakFocusMirror final : public ISpectrographFocusMirror {
   bool FocusMirrorCancelAutoFocus() override;
 
  private:
-  /// As IsPresent, but throws when the list cannot be had.
-  bool ReadPresence();
   static bool FnAutoFocus();
   static bool FnCancelAutoFocus();
 
   TMerakOrbis& mController;
+  bool mPositionUnknown = false;
   TCVNAcquisitionAborter mAborter{false};
 };

@@ -228,11 +228,29 @@ TEST_F(MerakParts, ArePresentAsTheListSays) {
   }
 }
 
-TEST_F(MerakParts, WithoutTheListNothingIsPresentAndTheFocusMirrorHasNoPosition) {
+TEST_F(MerakParts, WithoutTheListNothingIsPresentAndNoFocusMirrorMoves) {
   mInstrument.errors["PERIPHERAL"] = kRefusal;
   EXPECT_FALSE(filter.IsPresent());
   EXPECT_FALSE(focus.IsPresent());
-  EXPECT_EQ(ThrownBy([&] { focus.GetMirrorFocus(); }), kRefused) << "not a position of 0";
+  EXPECT_EQ(focus.GetFocusMirrorMaxSteps(), 0);
+  focus.Reset();
+  EXPECT_EQ(ThrownBy([&] { focus.SetMirrorFocus(5); }), kRefused);
+  for (const std::string& line : mInstrument.Take()) {
+    EXPECT_EQ(line, "PERIPHERAL?");
+  }
+  device.GetMerakOrbis().Close();
+  EXPECT_EQ(focus.GetMirrorFocus(), 0);
+  EXPECT_EQ(ThrownBy([&] { focus.SetMirrorFocus(5); }), merak::kDeviceNotOpen);
+}
+
+TEST_F(MerakParts, NoFocusMirrorMovesByAPositionThatIsOnlyUnknown) {
+  mInstrument.errors["PERIPHERAL"] = kRefusal;
+  EXPECT_EQ(focus.GetMirrorFocus(), 0);
+  mInstrument.errors.clear();
+  EXPECT_EQ(ThrownBy([&] { focus.SetMirrorFocus(5); }), merak::kIoError);
+  EXPECT_EQ(focus.GetMirrorFocus(), 5);
+  focus.SetMirrorFocus(5);
+  EXPECT_EQ(mInstrument.Take().back(), "MOVE_FOCUS 0,5");
 }
 
 TEST_F(MerakParts, APartThatIsNotFittedIsNotBusy) {
