@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -14,8 +15,9 @@ namespace {
 
 using corvane::sim::CameraSimulation;
 
+/// Never destroyed: a host may close the library from an exit handler, behind this library's static destructors.
 CameraSimulation& Camera() {
-  static CameraSimulation camera;
+  static CameraSimulation& camera = *std::make_unique<CameraSimulation>().release();
   return camera;
 }
 

@@ -1,6 +1,6 @@
 // The frame that every exported operation on a device runs in: initialised? known device? arguments good? then one
-// guarded component call, whose failure of any kind becomes a status number. An exported function names its checks and
-// its call:
+// guarded component call, whose failure of any kind becomes a status number. While a frame lives no cancellation ends
+// the thread. An exported function names its checks and its call:
 //
 //   return ApiCall(device).Require(turret >= 1 && turret <= 3, Argument::kSecond)
 //       .On(&TSpectrographHardware::GetGratingInterface, [&](auto& grating) { grating.SetTurret(turret - 1); })
@@ -13,6 +13,7 @@
 #include "calibration/TCalibration.h"
 #include "core/TCorvaneException.h"
 #include "core/TSpectrographHardware.h"
+#include "platform/CancellationBlock.h"
 
 namespace corvane {
 
@@ -116,6 +117,7 @@ class ApiCall {
   TSpectrographHardware& Hardware() const;
   TCalibration& Calibration() const;
 
+  CancellationBlock mCancellation;
   int mDevice;
   unsigned int mStatus;
 };

@@ -300,12 +300,9 @@ CORVANE_API unsigned int CorvaneGetPixelCalibrationCoefficients(int device, floa
 
 /* ---- Four functions under C++ symbols ------------------------------------------------------------------------ */
 
-/* Programs bind to these symbols as they are, so they stay; a C program reaches them through the labels below. */
-#ifdef __cplusplus
-#define CORVANE_CXX_SYMBOL(name)
-#else
+/* Programs bind to these symbols as they are, so they stay. The labels name them for C and for C++, also where this
+ * header is included inside a host's own extern "C". */
 #define CORVANE_CXX_SYMBOL(name) __asm__(name)
-#endif
 
 /* Wavelengths (nm) at the detector's two ends. Instruments with a motion controller report a fixed span of 50 nm to
  * each side of the centre; CorvaneGetCalibration is exact. */

@@ -7,9 +7,11 @@
 #include "api/CorvaneCIF.h"
 #include "api/LibraryState.h"
 #include "api/TSpectrographSDK.h"
+#include "platform/CancellationBlock.h"
 
 using corvane::ApiCall;
 using corvane::Argument;
+using corvane::CancellationBlock;
 
 namespace {
 
@@ -62,6 +64,7 @@ bool InitialiseInstruments() {
 }  // namespace
 
 unsigned int CorvaneInitialize(char* directory) {
+  const CancellationBlock block;
   if (!FindInstruments(directory)) {
     return CORVANE_NOT_INITIALIZED;
   }
@@ -70,6 +73,7 @@ unsigned int CorvaneInitialize(char* directory) {
 }
 
 unsigned int CorvaneClose() {
+  const CancellationBlock block;
   TSpectrographSDK::Kill();
   pSpectrographSDK = nullptr;
   pCorvaneList = nullptr;

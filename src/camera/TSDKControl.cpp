@@ -1,6 +1,7 @@
 #include "camera/TSDKControl.h"
 
 #include <cstddef>
+#include <stdexcept>
 
 #include "camera/TivanSdk.h"
 
@@ -11,7 +12,25 @@ TSDKControl::TSDKControl(char* directory, const char* library) : mLoader(library
   // Made first: nothing may throw once the camera SDK runs, or it would never be shut down.
   mI2CInterfaces.front() = std::make_unique<TSDKI2CInterface>(mI2C);
   mDetectorInterfaces.front() = std::make_unique<TSDKDetectorInterface>(mGetDetector, mGetPixelSize);
-  mCount = mInitialize(directory) == corvane::kTivanSuccess ? 1 : 0;
+  mCount = Initialize(directory) == corvane::kTivanSuccess ? 1 : 0;
+}
+
+unsigned int TSDKControl::Initialize(char* directory) {
+  try {
+    return mInitialize(directory);
+  } catch (...) {
+    // It may be of a type that only the camera SDK knows, so it must not outlive that library.
+  }
+  ShutDown();
+  throw std::runtime_error("the camera SDK failed to initialise");
+}
+
+void TSDKControl::ShutDown() {
+  try {
+    mShutDown();
+  } catch (...) {
+    // Nothing is left to be done about it.
+  }
 }
 
 TSDKControl::~TSDKControl() {
@@ -19,7 +38,7 @@ TSDKControl::~TSDKControl() {
   mI2CInterfaces.front().reset();
   mDetectorInterfaces.front().reset();
   if (mShutDown != nullptr) {
-    mShutDown();
+    ShutDown();
   }
   mLoader.Close();
 }

@@ -15,7 +15,8 @@ class TSDKControl final : public TI2CController {
   static constexpr int kMaximumDevices = 128;
 
   /// Loads library ("./" first, then as the system searches), and only if it has all entry points calls its
-  /// "Initialize" with directory, the caller's own pointer (whether null will do is the camera SDK's business).
+  /// "Initialize" with directory, the caller's own pointer (whether null will do is the camera SDK's business). When
+  /// that throws, the library is shut down and unloaded, and a std::runtime_error thrown in its place.
   TSDKControl(char* directory, const char* library);
   /// Drops the interfaces, calls "ShutDown" where the library has it, even if "Initialize" was never called or failed,
   /// and unloads the library.
@@ -37,6 +38,8 @@ class TSDKControl final : public TI2CController {
   using TShutDown = unsigned int (*)();
 
   bool ResolveEntryPoints();
+  unsigned int Initialize(char* directory);
+  void ShutDown();
   template <typename Function>
   bool Resolve(const char* name, Function& function);
 

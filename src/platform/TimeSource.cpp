@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cerrno>
 #include <ctime>
+#include <type_traits>
 
 namespace corvane {
 namespace {
@@ -27,6 +28,8 @@ class SystemTime final : public TimeSource {
     }
   }
 };
+
+static_assert(std::is_trivially_destructible_v<SystemTime>, "exit handlers of the host may still wait by it");
 
 SystemTime& System() {
   static SystemTime time;

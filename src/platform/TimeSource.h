@@ -10,14 +10,17 @@ namespace corvane {
 
 class TimeSource {
  public:
-  virtual ~TimeSource() = default;
-
   /// Microseconds of a clock that only moves forward; the origin has no meaning. For measuring durations.
   virtual std::uint64_t MonotonicMicroseconds() = 0;
   /// The wall clock. For tick counts and dates.
   virtual timeval WallClock() = 0;
   /// Blocks the calling thread for at least this long.
   virtual void SleepMicroseconds(std::uint64_t microseconds) = 0;
+
+ protected:
+  // Nobody owns a source through this class. Not virtual, so that the system's has nothing to destroy at process end:
+  // exit handlers of the host may still call the library.
+  ~TimeSource() = default;
 };
 
 /// The source in force: the system's clocks unless a ScopedTimeSource lives.
