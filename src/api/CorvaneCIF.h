@@ -18,7 +18,12 @@
  *
  * In quotes: the command lines that a call sends to an instrument with a motion controller.
  *
- * Threads: the library takes no lock. Call it from one thread at a time. */
+ * Functions ...IsPresent write 1 or 0 with CORVANE_SUCCESS; when an instrument with a motion controller does not answer
+ * which parts it has, 0 (for the accessory lines 1). With another status they write nothing, but for
+ * CorvaneWavelengthIsPresent.
+ *
+ * Threads: the library takes no lock. Call it from one thread at a time. A thread that is cancelled (pthread_cancel)
+ * ends its call first. */
 #ifndef CORVANE_CIF_H
 #define CORVANE_CIF_H
 
@@ -63,14 +68,16 @@ extern "C" {
 /* Finds and opens all instruments. directory is handed to the camera SDK (libtivan.so) as the place of its
  * configuration files; without that SDK only instruments on USB are found, and null is passed through. May be called
  * again: the search runs anew and the earlier devices are closed.
- * CORVANE_SUCCESS also with no instrument found; CORVANE_NOT_INITIALIZED: the search itself failed;
+ * CORVANE_SUCCESS also with no instrument found; CORVANE_NOT_INITIALIZED: the search itself failed. If it was a second
+ * one, the earlier instruments are closed, but still counted: their functions answer CORVANE_COMMUNICATION_ERROR.
  * CORVANE_COMMUNICATION_ERROR: an instrument could not be brought to its working state, the library is initialised all
  * the same. Reads each controller's stored record ("SAVEINFO" some 350 times), which takes seconds on real hardware. An
  * older instrument is homed and driven on grating 1 to the angle of its stored wavelength: that wavelength again if the
  * grating in use had as many lines as grating 1, else another. */
 CORVANE_API unsigned int CorvaneInitialize(char* directory);
 
-/* Closes all instruments, writing changed records back. Always CORVANE_SUCCESS; safe at any time. */
+/* Closes all instruments, writing changed records back. Always CORVANE_SUCCESS, also when they could not be written;
+ * safe at any time, also in an exit handler. */
 CORVANE_API unsigned int CorvaneClose(void);
 
 /* Number of instruments found. CORVANE_P1_INVALID: count is null. */
@@ -170,9 +177,10 @@ CORVANE_API unsigned int CorvaneGetDetectorOffsetEx(int device, int entrancePort
 
 /* Slits 1 to 4: 1 entrance, direct; 2 entrance, side; 3 exit, direct; 4 exit, side. */
 
-/* Opens a slit to a width in micrometres. CORVANE_P2_INVALID: slit outside 1 to 4; CORVANE_P3_INVALID: width below
- * CORVANE_MIN_SLIT_WIDTH or above CORVANE_MAX_SLIT_WIDTH, on slits of mode "SLIT-I24" CORVANE_MAX_WIDE_SLIT_WIDTH.
- * "SLIT_MODE?" and "SLIT_WIDTH". */
+/* Opens a slit to a width in micrometres; a motion controller cuts fractions off. An older instrument has slits 1 and
+ * 3, which may open less far than they may be asked to (CORVANE_COMMUNICATION_ERROR). CORVANE_P2_INVALID: slit outside
+ * 1 to 4; CORVANE_P3_INVALID: width below CORVANE_MIN_SLIT_WIDTH or above CORVANE_MAX_SLIT_WIDTH, on slits of mode
+ * "SLIT-I24" CORVANE_MAX_WIDE_SLIT_WIDTH. "SLIT_MODE?" and "SLIT_WIDTH". */
 CORVANE_API unsigned int CorvaneSetAutoSlitWidth(int device, int slit, float width);
 /* CORVANE_P3_INVALID: width is null. "SLIT_WIDTH?". */
 CORVANE_API unsigned int CorvaneGetAutoSlitWidth(int device, int slit, float* width);
@@ -209,6 +217,7 @@ CORVANE_API unsigned int CorvaneOutputSlitIsPresent(int device, int* present);
 CORVANE_API unsigned int CorvaneSetFlipperMirror(int device, int flipper, int port);
 /* CORVANE_P3_INVALID: port is null. */
 CORVANE_API unsigned int CorvaneGetFlipperMirror(int device, int flipper, int* port);
+/* Ends at port 1, on an older instrument at port 0. */
 CORVANE_API unsigned int CorvaneFlipperMirrorReset(int device, int flipper);
 /* CORVANE_P3_INVALID: present is null. */
 CORVANE_API unsigned int CorvaneFlipperMirrorIsPresent(int device, int flipper, int* present);
@@ -234,8 +243,8 @@ CORVANE_API unsigned int CorvaneFilterReset(int device);
 /* Label of a filter, from the record: at most CORVANE_FILTER_INFO_LENGTH bytes with its terminator. */
 CORVANE_API unsigned int CorvaneGetFilterInfo(int device, int filter, char* info);
 /* CORVANE_P3_INVALID: info is null. Goes to the instrument with the record, when it is closed. An SX keeps 239
- * characters and refuses a line end, an LX or MX keeps 10. Labels should not end in "OK" or in E and two digits: an
- * SX's reply would end there. */
+ * characters and refuses a line end, an LX or MX keeps 10, an older instrument 9. Labels should not end in "OK" or in E
+ * and two digits: an SX's reply would end there. */
 CORVANE_API unsigned int CorvaneSetFilterInfo(int device, int filter, const char* info);
 CORVANE_API unsigned int CorvaneFilterIsPresent(int device, int* present);
 
@@ -287,7 +296,11 @@ CORVANE_API unsigned int CorvaneGetNumberPixels(int device, int* count);
 /* Wavelength (nm) of the first count pixels for the present grating and centre wavelength: wavelengths[0] belongs to
  * pixel 1. Writes min(count, number of pixels) values. CORVANE_P2_INVALID: wavelengths is null; CORVANE_P3_INVALID:
  * count below 1. CORVANE_COMMUNICATION_ERROR also when no calibration is possible: pixel width or count not known,
- * zero order, a tilt or angular deviation of exactly 0. */
+ * zero order, a tilt or angular deviation of exactly 0.
+ * The whole detector must lie on one side of zero order. With a centre wavelength below
+ *   2e6 / (lines per mm) * cos(angular deviation) * sin(b / 2),  tan b about half the detector's width / focal length,
+ * its first pixels lie behind zero order, and the answer is wrong by up to some tens of nanometres, on all pixels, with
+ * CORVANE_SUCCESS. That is 15 nm for 1200 lines per mm, 28 mm of detector and 0.75 m, and 271 nm for 150 and 0.33 m. */
 CORVANE_API unsigned int CorvaneGetCalibration(int device, float* wavelengths, int count);
 
 /* The cubic behind CorvaneGetCalibration: nm = a + b*p + c*p^2 + d*p^3 for pixel p from 1. CORVANE_P2_INVALID to
@@ -304,12 +317,12 @@ CORVANE_API unsigned int CorvaneGetPixelCalibrationCoefficients(int device, floa
  * header is included inside a host's own extern "C". */
 #define CORVANE_CXX_SYMBOL(name) __asm__(name)
 
-/* Wavelengths (nm) at the detector's two ends. Instruments with a motion controller report a fixed span of 50 nm to
- * each side of the centre; CorvaneGetCalibration is exact. */
+/* A fixed span of 50 nm to each side of the centre wavelength, on every instrument, whatever grating and detector:
+ * not what the detector sees. That is told by CorvaneGetCalibration. */
 CORVANE_API unsigned int CorvaneGetDispersion(int device, float* a, float* b)
     CORVANE_CXX_SYMBOL("_Z20CorvaneGetDispersioniPfS_");
 
-/* The same for a given centre wavelength and detector (from 1; not checked). */
+/* The same around a given centre wavelength; the detector (index) is not looked at. */
 CORVANE_API unsigned int CorvaneGetDispersionFor(int device, float wavelength, float* a, float* b, int index)
     CORVANE_CXX_SYMBOL("_Z23CorvaneGetDispersionForifPfS_i");
 

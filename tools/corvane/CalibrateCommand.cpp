@@ -3,6 +3,7 @@
 #include <functional>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <numbers>
 
 #include "Commands.h"
 #include "Failure.h"
@@ -37,6 +38,27 @@ void Prepare(int device, const CalibrateOptions& wanted) {
   }
 }
 
+/// The centre (nm) down to which the whole detector lies on one side of zero order; 0 where the optics are not known.
+double LeastCentre(int device, const Calibration& calibration) {
+  float focalLength = 0;
+  float deviation = 0;
+  float tilt = 0;
+  float lines = 0;
+  Check(CorvaneEepromGetOpticalParams(device, &focalLength, &deviation, &tilt), "reading the optical constants");
+  Check(CorvaneGetGratingInfo(device, calibration.grating, &lines, nullptr, nullptr, nullptr), "reading the grating");
+  constexpr double kRadians = std::numbers::pi / 180;
+  const double focalPixels = static_cast<double>(focalLength) / (1e-6 * static_cast<double>(calibration.pixelWidth));
+  const double tau = static_cast<double>(tilt) * kRadians;
+  const double reach = 2e6 / static_cast<double>(lines) * std::cos(static_cast<double>(deviation) * kRadians);
+  double least = 0;
+  for (const int pixel : {1, calibration.pixels}) {
+    const auto fromCentre = static_cast<double>(pixel - calibration.pixels / 2);
+    const double beta = std::atan(std::cos(tau) * fromCentre / (std::sin(tau) * fromCentre + focalPixels));
+    least = std::max(least, reach * std::sin(-beta / 2));
+  }
+  return std::isfinite(least) ? least : 0;
+}
+
 Calibration Calibrate(int device) {
   Calibration result;
   Check(CorvaneGetWavelength(device, &result.centre), "reading the wavelength");
@@ -49,6 +71,11 @@ Calibration Calibrate(int device) {
   if (result.centre == 0) {
     throw Failure(ExitCode::kInstrument, "the instrument stands at zero order, which has no calibration",
                   "give --centre NM, or corvane set wavelength NM");
+  }
+  if (const double least = LeastCentre(device, result); static_cast<double>(result.centre) <= least) {
+    throw Failure(ExitCode::kInstrument,
+                  "a part of the detector lies behind zero order, where a calibration is wrong by nanometres",
+                  "give --centre NM above " + Fixed(std::ceil(10 * least) / 10, 1));
   }
   float* const c = result.coefficients;
   Check(CorvaneGetPixelCalibrationCoefficients(device, &c[0], &c[1], &c[2], &c[3]), "calibrating");
