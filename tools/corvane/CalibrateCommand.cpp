@@ -52,7 +52,8 @@ double LeastCentre(int device, const Calibration& calibration) {
   const double reach = 2e6 / static_cast<double>(lines) * std::cos(static_cast<double>(deviation) * kRadians);
   double least = 0;
   for (const int pixel : {1, calibration.pixels}) {
-    const auto fromCentre = static_cast<double>(pixel - calibration.pixels / 2);
+    const int offAxis = pixel - calibration.pixels / 2;
+    const double fromCentre = offAxis;
     const double beta = std::atan(std::cos(tau) * fromCentre / (std::sin(tau) * fromCentre + focalPixels));
     least = std::max(least, reach * std::sin(-beta / 2));
   }
