@@ -121,6 +121,7 @@ class TMerakOrbis : public corvane::MerakRecordOperations, private corvane::IMer
   /// holds no wavelength gives kIoError.
   MerakResult ResetPosition() override;
   /// "GRATING" query, 1-based; answered without an exchange while a grating is remembered. The memory outlives close.
+  /// kIoError for a reply that names no grating; nothing is remembered then.
   MerakResult GetGrating(int& grating);
   /// "GRATING" command, 1-based; on success the grating is remembered.
   MerakResult Grating(int grating);
@@ -260,4 +261,5 @@ class TMerakOrbis : public corvane::MerakRecordOperations, private corvane::IMer
   TI2CInterface* mI2C;
 
   static constexpr int kNoGrating = -1;
+  static constexpr int kFirstGrating = 1;
 };

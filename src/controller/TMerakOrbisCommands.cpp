@@ -71,12 +71,16 @@ MerakResult TMerakOrbis::GetGrating(int& grating) {
     grating = mGrating;
     return merak::kSuccess;
   }
-  std::string reply;
-  const MerakResult result = Query(words::kGrating, {}, reply);
-  if (result == merak::kSuccess && corvane::ScanInt(reply, grating)) {
-    mGrating = grating;
+  int given = kNoGrating;
+  if (const MerakResult result = QueryInt(words::kGrating, {}, given); result != merak::kSuccess) {
+    return result;
   }
-  return result;
+  if (given < kFirstGrating) {
+    return merak::kIoError;
+  }
+  mGrating = given;
+  grating = given;
+  return merak::kSuccess;
 }
 
 MerakResult TMerakOrbis::Grating(int grating) {

@@ -202,16 +202,25 @@ TEST_F(TMerakOrbisTest, TheFirmwareVersionOutlivesACloseButNoQuestionThatDoesNot
   EXPECT_EQ(mOrbis.GetFirmwareVersion(), 0.0F);
 }
 
-TEST_F(TMerakOrbisTest, AReplyWithoutANumberLeavesTheOutputAndIsNotRemembered) {
+TEST_F(TMerakOrbisTest, APositionThatNobodyGaveIsNotApproached) {
   Open();
   mController.SetValue("POSITION", "");
-  mController.SetValue("GRATING", "");
+  EXPECT_EQ(mOrbis.ResetPosition(), merak::kIoError);
+  EXPECT_THAT(Lines(), ElementsAre("POSITION?"));
+}
+
+TEST_F(TMerakOrbisTest, AReplyThatNamesNoGratingIsAFailureAndNotRemembered) {
+  Open();
+  for (const char* value : {"", "none", "0", "-1", "-2147483648", "-99999999999"}) {
+    mController.SetValue("GRATING", value);
+    int grating = -7;
+    EXPECT_EQ(mOrbis.GetGrating(grating), merak::kIoError) << value;
+    EXPECT_EQ(grating, -7) << value;
+  }
+  mController.SetValue("GRATING", "2");
   int grating = -7;
   EXPECT_EQ(mOrbis.GetGrating(grating), merak::kSuccess);
-  EXPECT_EQ(mOrbis.GetGrating(grating), merak::kSuccess);
-  EXPECT_EQ(grating, -7);
-  EXPECT_EQ(mOrbis.ResetPosition(), merak::kIoError);
-  EXPECT_THAT(Lines(), ElementsAre("GRATING?", "GRATING?", "POSITION?"));
+  EXPECT_EQ(grating, 2);
 }
 
 TEST_F(TMerakOrbisTest, TotalStepsBeyondAnIntAreNone) {
