@@ -224,9 +224,9 @@ class TMerakOrbis : public corvane::MerakRecordOperations, private corvane::IMer
 
   // The byte-addressed EEPROM, addresses from 1, one "SAVEINFO" exchange a byte.
 
-  /// A reply without a number gives the value 0.
   MerakResult GetSaveInfo(int address, int& value);
   MerakResult SaveInfo(int address, int value);
+  /// A reply without a number, or with one that no byte can be, is a failed read: kIoError.
   MerakResult ReadEepromByte(int address, unsigned char& value) override;
   MerakResult WriteEepromByte(int address, unsigned char value) override;
   /// Four bytes, least significant first, ending at the first failing byte. An int takes each byte as it arrives, the

@@ -242,12 +242,7 @@ MerakResult TMerakOrbis::SetConfigSystemData(int index, const std::string& value
 }
 
 MerakResult TMerakOrbis::GetSaveInfo(int address, int& value) {
-  std::string reply;
-  const MerakResult result = Query(words::kSaveInfo, std::to_string(address), reply);
-  if (result == merak::kSuccess && !corvane::ScanInt(reply, value)) {
-    value = 0;
-  }
-  return result;
+  return QueryInt(words::kSaveInfo, std::to_string(address), value);
 }
 
 MerakResult TMerakOrbis::SaveInfo(int address, int value) {

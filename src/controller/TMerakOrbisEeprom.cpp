@@ -1,6 +1,7 @@
 // The byte-addressed EEPROM as TMerakOrbis offers it: values of one and of several bytes over "SAVEINFO".
 #include <bit>
 #include <cstdint>
+#include <limits>
 
 #include "controller/ReplyText.h"
 #include "controller/TMerakOrbis.h"
@@ -17,12 +18,17 @@ std::uint32_t ByteOfImage(unsigned char byte, int number) {
 }  // namespace
 
 MerakResult TMerakOrbis::ReadEepromByte(int address, unsigned char& value) {
-  int number = 0;
-  const MerakResult result = GetSaveInfo(address, number);
-  if (result == merak::kSuccess) {
-    value = static_cast<unsigned char>(number);
+  constexpr int kNone = -1;
+  int number = kNone;
+  if (const MerakResult result = GetSaveInfo(address, number); result != merak::kSuccess) {
+    return result;
   }
-  return result;
+  // What nobody gave must not be held for the instrument's, or it goes over its own data when the record is written.
+  if (number < 0 || number > std::numeric_limits<unsigned char>::max()) {
+    return merak::kIoError;
+  }
+  value = static_cast<unsigned char>(number);
+  return merak::kSuccess;
 }
 
 MerakResult TMerakOrbis::WriteEepromByte(int address, unsigned char value) {

@@ -58,6 +58,18 @@ TEST_F(TMerakOrbisEeprom, AFailingByteEndsAValueOfFourBytes) {
   EXPECT_EQ(mInstrument.eeprom.IntAt(100), 0x01020300);
 }
 
+TEST_F(TMerakOrbisEeprom, AByteThatTheReplyDoesNotHoldIsAFailedRead) {
+  for (const std::string& reply : {ScriptedController::Reply("SAVEINFO? 100", ""), std::string("SAVEINFO? 100OK\r"),
+                                   std::string("OK\rOK\rOK\r"), ScriptedController::Reply("SAVEINFO? 100", "none"),
+                                   ScriptedController::Reply("SAVEINFO? 100", "-1"),
+                                   ScriptedController::Reply("SAVEINFO? 100", "256")}) {
+    mInstrument.replies["SAVEINFO? 100"] = reply;
+    unsigned char byte = 0x5A;
+    EXPECT_EQ(mOrbis->ReadEepromByte(100, byte), merak::kIoError) << reply;
+    EXPECT_EQ(byte, 0x5A) << reply;
+  }
+}
+
 TEST_F(TMerakOrbisEeprom, ACloseWritesTheRecordAndForgetsIt) {
   ASSERT_EQ(mOrbis->ReadEeprom(), merak::kSuccess);
   mOrbis->SetSerialNumber("CV99");

@@ -49,6 +49,8 @@ class Instrument {
                                             {"ENTRANCEPORT", "0"}};
   /// Error words by the word of the line or the whole line.
   std::map<std::string, std::string> errors;
+  /// Whole replies, by the whole line.
+  std::map<std::string, std::string> replies;
   /// Lines that it still answers.
   std::size_t answers = std::numeric_limits<std::size_t>::max();
 
@@ -76,6 +78,9 @@ class Instrument {
       return {};
     }
     --answers;
+    if (const auto reply = replies.find(line); reply != replies.end()) {
+      return reply->second;
+    }
     const std::string word = line.substr(0, line.find_first_of("? "));
     for (const std::string& failing : {word, line}) {
       if (const auto error = errors.find(failing); error != errors.end()) {
