@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <utility>
 
 #include "platform/TimeSource.h"
 
@@ -329,7 +330,12 @@ MerakResult TTivanMerakEeprom::SetActiveTurret(int turret) {
   if (turret < GetMinNoTurrets() - 1 || turret > GetMaxNoTurrets() - 1) {
     return kOutOfRange;
   }
-  mRecord.activeTurret = turret;
-  SetKnown(&mRecord.activeTurret);
-  return StoreActiveTurret();
+  const int old = std::exchange(mRecord.activeTurret, turret);
+  const MerakResult result = StoreActiveTurret();
+  if (result == merak::kSuccess) {
+    SetKnown(&mRecord.activeTurret);
+  } else {
+    mRecord.activeTurret = old;
+  }
+  return result;
 }

@@ -129,7 +129,7 @@ class TTivanMerakEeprom {
   MerakResult SetNoOfTurrets(int count);
   int GetActiveTurret() const;
   /// From the least to the greatest number of turrets, less one; stores the turret on the instrument at once and
-  /// answers with that write's code.
+  /// answers with that write's code. The old turret stays when the write fails.
   MerakResult SetActiveTurret(int turret);
 
   /// True while values are held that the instrument does not have.

@@ -41,11 +41,6 @@ class StoredRecord : public Instrument {
     return {{"reply", "SAVEINFO? " + std::to_string(address) + "\r\n" + value + "\r\nOK\r"}};
   }
 
-  void Disturb(json fault, const std::string& command) {
-    fault["command"] = command;
-    Lab().ArmReplyFault(fault);
-  }
-
   /// The whole memory but for the date, which a close renews.
   Bytes Memory() {
     constexpr int kDateLength = 11;
@@ -94,12 +89,36 @@ INSTANTIATE_TEST_SUITE_P(Values, NoByte, testing::Values("", "none", "-1", "256"
 TEST_F(StoredRecord, AReplyThatNamesNoGratingIsAFailureUntilOneDoes) {
   ASSERT_NO_FATAL_FAILURE(Open(json::object()));
   for (const std::string value : {"", "none", "-2147483648"}) {
-    Disturb({{"reply", "GRATING?\r\n" + value + "\r\nOK\r"}}, "GRATING?");
+    Lab().ArmReplyFault({{"command", "GRATING?"}, {"reply", "GRATING?\r\n" + value + "\r\nOK\r"}});
     int grating = 77;
     EXPECT_EQ(CorvaneGetGrating(0, &grating), CORVANE_COMMUNICATION_ERROR) << value;
     EXPECT_EQ(grating, 77) << value;
   }
   ExpectReports({{CALL(CorvaneGetGrating(d, &o.ints[0])), "1"}});
 }
+
+/// With three turrets.
+class Turrets : public EveryModel {
+ protected:
+  void OpenTurrets() {
+    json turrets = json::array();
+    for (int t = 1; t <= 3; ++t) {
+      turrets.push_back({{"gratings", {{{"lines", 300 * t}, {"offset", 10 * t}}}}});
+    }
+    OpenModel({{"turrets", turrets}, {"record", {{"activeTurret", 2}}}});
+  }
+};
+
+TEST_P(Turrets, ARefusedOneLeavesTheOldOne) {
+  ASSERT_NO_FATAL_FAILURE(OpenTurrets());
+  Lab().ArmReplyFault({{"command", GetParam().keepsTexts ? "TURRET" : "SAVEINFO"}, {"error", "E03"}});
+  EXPECT_EQ(CorvaneSetTurret(0, 3), CORVANE_COMMUNICATION_ERROR);
+  ExpectReports({{CALL(CorvaneGetTurret(d, &o.ints[0])), "2"},
+                 {CALL(CorvaneGetGratingOffset(d, 1, &o.ints[0])), "20"},
+                 {CALL(CorvaneSetTurret(d, 3)), ""},
+                 {CALL(CorvaneGetGratingOffset(d, 1, &o.ints[0])), "30"}});
+}
+
+INSTANTIATE_FOR_EVERY_MODEL(Turrets);
 
 }  // namespace
