@@ -142,7 +142,7 @@ CORVANE_API unsigned int CorvaneWavelengthReset(int device);
 CORVANE_API unsigned int CorvaneWavelengthUnsafeReset(int device);
 
 /* Tells the record which turret (1 to 3) is mounted. CORVANE_P2_INVALID: outside 1 to 3. "SAVEINFO"; to
- * an SX "TURRET". */
+ * an SX "TURRET". A refusal leaves the old one. */
 CORVANE_API unsigned int CorvaneSetTurret(int device, int turret);
 CORVANE_API unsigned int CorvaneGetTurret(int device, int* turret);
 

@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <variant>
 
@@ -12,6 +13,8 @@ using corvane::StructureVersion;
 namespace {
 
 constexpr int kBytesOfNumber = 4;
+/// Has every value that any structure has.
+constexpr StructureVersion kLargestStructure{3, 0};
 
 constexpr unsigned ShiftOf(int byte) {
   return 8U * static_cast<unsigned>(byte);
@@ -60,38 +63,66 @@ void Decode(RecordValue value, int width, const std::string& bytes, unsigned cha
 
 TTivanMerakCorvaneEeprom::TTivanMerakCorvaneEeprom(corvane::IMerakEepromAccess& controller)
     : TTivanMerakEeprom(controller), mVersion(StructureVersion::Parse(GetStructureVersion())) {
+  SetUnread(&Values().structureVersion);
+  SetFieldsUnread(kLargestStructure);
 }
 
-MerakResult TTivanMerakCorvaneEeprom::Read() {
-  const auto read = [this](RecordValue value, int address, int width) { return ReadValue(value, address, width); };
-  BeginTransfer();
-  SetAllKnown();
-  const bool heard = corvane::WalkEepromField(corvane::kFieldStructureVersion, mVersion, Values(), read);
-  mVersionRead = FirstFailure() == merak::kSuccess;
-  mVersion = StructureVersion::Parse(GetStructureVersion());
-  corvane::SetAbsentFields(mVersion, Values());
-  // All of them until they arrive: a silence leaves the values behind it unread as well.
-  corvane::WalkEepromFields(mVersion, Values(), [this](RecordValue value, int /*address*/, int /*width*/) {
+void TTivanMerakCorvaneEeprom::SetFieldsUnread(StructureVersion version) {
+  corvane::WalkEepromFields(version, Values(), [this](RecordValue value, int /*address*/, int /*width*/) {
     SetUnread(IdentityOf(value));
     return true;
   });
-  mReadToTheEnd = heard && corvane::WalkEepromFields(mVersion, Values(), read);
+}
+
+bool TTivanMerakCorvaneEeprom::IsVersionKnown() const {
+  return !IsUnread(&Values().structureVersion);
+}
+
+bool TTivanMerakCorvaneEeprom::ReadVersion() {
+  const bool heard = corvane::WalkEepromField(
+      corvane::kFieldStructureVersion, mVersion, Values(),
+      [this](RecordValue value, int address, int width) { return ReadValue(value, address, width); });
+  mVersion = StructureVersion::Parse(GetStructureVersion());
+  return heard;
+}
+
+MerakResult TTivanMerakCorvaneEeprom::Read() {
+  BeginTransfer();
+  SetAllKnown();
+  mUnsaved.clear();
+  const bool heard = ReadVersion();
+  corvane::SetAbsentFields(mVersion, Values());
+  // All of them until they arrive: a silence leaves the values behind it unread as well. Without the version it is not
+  // known either which ones there are.
+  SetFieldsUnread(IsVersionKnown() ? mVersion : kLargestStructure);
+  if (heard) {
+    corvane::WalkEepromFields(mVersion, Values(), [this](RecordValue value, int address, int width) {
+      return ReadValue(value, address, width);
+    });
+  }
   SetDirty(false);
   return merak::kSuccess;
 }
 
 MerakResult TTivanMerakCorvaneEeprom::Write() {
   const auto write = [this](RecordValue value, int address, int width) {
-    return IsUnread(IdentityOf(value)) || WriteValue(value, address, width);
+    return IsUnread(IdentityOf(value)) || Note(WriteValue(value, address, width));
   };
+  BeginTransfer();
+  if (!IsVersionKnown()) {
+    ReadVersion();
+  }
+  if (!IsVersionKnown()) {
+    return merak::kSuccess;
+  }
   UpdateModifiedTime();
   mVersion = StructureVersion::Parse(GetStructureVersion());
-  BeginTransfer();
   if (corvane::WalkEepromField(corvane::kFieldStructureVersion, mVersion, Values(), write)) {
     corvane::WalkEepromFields(mVersion, Values(), write);
   }
   if (FirstFailure() == merak::kSuccess) {
     SetDirty(false);
+    mUnsaved.clear();
   }
   return merak::kSuccess;
 }
@@ -118,27 +149,34 @@ bool TTivanMerakCorvaneEeprom::ReadValue(RecordValue value, int address, int wid
   return Note(result);
 }
 
-bool TTivanMerakCorvaneEeprom::WriteValue(RecordValue value, int address, int width) {
-  MerakResult result = merak::kSuccess;
+MerakResult TTivanMerakCorvaneEeprom::WriteValue(RecordValue value, int address, int width) {
   for (const char byte : Encode(value, width)) {
-    result = Controller().WriteEepromByte(address, static_cast<unsigned char>(byte));
+    const MerakResult result = Controller().WriteEepromByte(address, static_cast<unsigned char>(byte));
     if (result != merak::kSuccess) {
-      break;
+      return result;
     }
     ++address;
   }
-  return Note(result);
+  return merak::kSuccess;
 }
 
-MerakResult TTivanMerakCorvaneEeprom::WriteFields(std::initializer_list<std::size_t> numbers) {
+MerakResult TTivanMerakCorvaneEeprom::WriteField(std::size_t number) {
+  MerakResult result = merak::kSuccess;
+  corvane::WalkEepromField(number, mVersion, Values(), [&](RecordValue value, int address, int width) {
+    result = WriteValue(value, address, width);
+    return true;
+  });
+  return result;
+}
+
+MerakResult TTivanMerakCorvaneEeprom::Save(std::initializer_list<std::size_t> numbers) {
+  mUnsaved.insert(numbers);
   BeginTransfer();
-  for (const std::size_t number : numbers) {
-    const bool heard = corvane::WalkEepromField(
-        number, mVersion, Values(),
-        [this](RecordValue value, int address, int width) { return WriteValue(value, address, width); });
-    if (!heard) {
-      break;
-    }
+  bool heard = true;
+  for (auto field = mUnsaved.begin(); heard && field != mUnsaved.end();) {
+    const MerakResult result = WriteField(*field);
+    field = result == merak::kSuccess ? mUnsaved.erase(field) : std::next(field);
+    heard = Note(result);
   }
   return FirstFailure();
 }
@@ -151,11 +189,11 @@ MerakResult TTivanMerakCorvaneEeprom::WriteOpticalParamsToEEPROM(float focalLeng
   SetKnown(&Values().focalLength);
   SetKnown(&Values().angularDeviation);
   SetKnown(&Values().planeTilt);
-  return WriteFields({corvane::kFieldFocalLength, corvane::kFieldAngularDeviation, corvane::kFieldPlaneTilt});
+  return Save({corvane::kFieldFocalLength, corvane::kFieldAngularDeviation, corvane::kFieldPlaneTilt});
 }
 
 MerakResult TTivanMerakCorvaneEeprom::WriteIfDirty() {
-  return mVersionRead && mReadToTheEnd ? TTivanMerakEeprom::WriteIfDirty() : merak::kSuccess;
+  return IsDirty() ? Write() : Save({});
 }
 
 float TTivanMerakCorvaneEeprom::GetCurrentWavelength() {
@@ -164,11 +202,12 @@ float TTivanMerakCorvaneEeprom::GetCurrentWavelength() {
 
 MerakResult TTivanMerakCorvaneEeprom::SetCurrentWavelength(float wavelength) {
   SetKnown(&Values().currentWavelength);
-  if (BinaryFloatCompare(wavelength, Values().currentWavelength)) {
+  if (BinaryFloatCompare(wavelength, Values().currentWavelength) &&
+      mUnsaved.count(corvane::kFieldCurrentWavelength) == 0) {
     return merak::kSuccess;
   }
   Values().currentWavelength = wavelength;
-  return WriteFields({corvane::kFieldCurrentWavelength});
+  return Save({corvane::kFieldCurrentWavelength});
 }
 
 MerakResult TTivanMerakCorvaneEeprom::WriteOffsets() {
@@ -182,5 +221,9 @@ void TTivanMerakCorvaneEeprom::GetAdjustedDetectorIndex(int* entrance) {
 }
 
 MerakResult TTivanMerakCorvaneEeprom::StoreActiveTurret() {
-  return mVersionRead ? WriteFields({corvane::kFieldActiveTurret}) : merak::kEepromError;
+  BeginTransfer();
+  if (!IsVersionKnown()) {
+    ReadVersion();
+  }
+  return IsVersionKnown() ? WriteField(corvane::kFieldActiveTurret) : merak::kEepromError;
 }

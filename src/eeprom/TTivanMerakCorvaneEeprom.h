@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <set>
 
 #include "eeprom/MerakEepromLayout.h"
 #include "eeprom/StructureVersion.h"
@@ -18,36 +19,43 @@ class TTivanMerakCorvaneEeprom final : public TTivanMerakEeprom {
   /// float or a single byte the value held. Such a value answers the getters and stays out of Write.
   MerakResult Read() override;
   /// What Read reads for the structure version held, in the same order and places. A byte that cannot be written ends
-  /// its field. The record counts as saved when every byte sent arrived.
+  /// its field. The record counts as saved when every byte sent arrived. A version that was not read is asked for once
+  /// more; nothing is written while the places are unknown.
   MerakResult Write() override;
-  /// The code of the first field that failed; all three values are kept in any case.
+  /// The code of the first field that failed; all three values are kept in any case, and a failed one is unsaved.
   MerakResult WriteOpticalParamsToEEPROM(float focalLength, float angularDeviation, float focalTilt) override;
-  /// Writes nothing unless the record was read: without the version the places are unknown, and defaults would go over
-  /// the instrument's own data where the reading was broken off.
+  /// Also without a change, what should have reached the instrument at once and did not.
   MerakResult WriteIfDirty() override;
   float GetCurrentWavelength() override;
-  /// Writes only a wavelength that differs from the one held.
+  /// Writes only a wavelength that differs from the one held. One whose bytes did not all arrive stays unsaved: the
+  /// next call writes it, the same wavelength too, or else WriteIfDirty.
   MerakResult SetCurrentWavelength(float wavelength) override;
   /// Nothing: offsets are written with the record.
   MerakResult WriteOffsets() override;
   /// Structures up to 2 have detector offsets for one entrance only.
   void GetAdjustedDetectorIndex(int* entrance) override;
   /// Deliberately also where the structure has only one turret: its place is defined all the same, nothing else lies
-  /// there, and Read and Write leave it alone. kEepromError while the place is unknown because the version could not
-  /// be read.
+  /// there, and Read and Write leave it alone. kEepromError while the place is unknown because the version cannot be
+  /// read.
   MerakResult StoreActiveTurret() override;
   int GetMaxNoGratings() const override { return 3; }
   int GetMaxNoInputs() const override { return corvane::MerakEepromRecord::kPorts; }
 
  private:
+  /// Every value of such a structure but the version.
+  void SetFieldsUnread(corvane::StructureVersion version);
+  bool IsVersionKnown() const;
+  /// False when the controller fell silent, as the next one.
+  bool ReadVersion();
   bool ReadValue(corvane::RecordValue value, int address, int width);
-  bool WriteValue(corvane::RecordValue value, int address, int width);
-  /// Writes single fields and answers the first failure.
-  MerakResult WriteFields(std::initializer_list<std::size_t> numbers);
+  MerakResult WriteValue(corvane::RecordValue value, int address, int width);
+  /// One that is a single value.
+  MerakResult WriteField(std::size_t number);
+  /// Writes these fields and those that are unsaved from earlier, up to a silence; answers the first failure.
+  MerakResult Save(std::initializer_list<std::size_t> numbers);
 
   /// The version under which the last Read or Write placed its fields.
   corvane::StructureVersion mVersion;
-  /// What the last Read achieved: the version text, and everything without the controller falling silent.
-  bool mVersionRead = false;
-  bool mReadToTheEnd = false;
+  /// Fields given to be written at once of which not every byte arrived, so that the instrument may hold half of one.
+  std::set<std::size_t> mUnsaved;
 };

@@ -138,7 +138,7 @@ int TTivanMerakEeprom::GetActiveTurretGratingOffset(int grating) {
 }
 
 MerakResult TTivanMerakEeprom::SetActiveTurretGratingOffset(int grating, int offset) {
-  return SetGratingOffset(mRecord.activeTurret, grating, offset);
+  return IsUnread(&mRecord.activeTurret) ? kOutOfRange : SetGratingOffset(mRecord.activeTurret, grating, offset);
 }
 
 std::string TTivanMerakEeprom::GetIDString() const {
@@ -302,7 +302,11 @@ MerakResult TTivanMerakEeprom::SetDetectorOffset(int entrance, int exit, int off
     return kOutOfRange;
   }
   // Without the adjustment a structure with one entrance would hold values that it never writes back.
+  const int asked = entrance;
   GetAdjustedDetectorIndex(&entrance);
+  if (entrance != asked && IsUnread(&mRecord.structureVersion)) {
+    return kOutOfRange;
+  }
   return Store(mRecord.detectorOffsets[Index(exit + kPorts * entrance)], offset);
 }
 

@@ -59,6 +59,7 @@ class TTivanMerakEeprom {
   /// Motor steps.
   virtual int GetActiveTurretGratingStart(int grating);
   virtual int GetActiveTurretGratingOffset(int grating);
+  /// kOutOfRange also while the active turret could not be read: the offset would go to another one's grating.
   virtual MerakResult SetActiveTurretGratingOffset(int grating, int offset);
   /// Replaces an entrance index by the one under which its detector offsets are kept.
   virtual void GetAdjustedDetectorIndex(int* entrance) = 0;
@@ -121,7 +122,8 @@ class TTivanMerakEeprom {
   /// 0 for a port below 0 or above 2. The entrance is adjusted (GetAdjustedDetectorIndex) before the table is asked; an
   /// exit of 2 is taken along in the index, so entrance 0, exit 2 answers as entrance 1, exit 0.
   int GetDetectorOffset(int entrance, int exit);
-  /// Ports 0 and 1 only; the entrance is adjusted in the same way.
+  /// Ports 0 and 1 only; the entrance is adjusted in the same way, but kOutOfRange while the structure's version, which
+  /// decides on it, could not be read.
   MerakResult SetDetectorOffset(int entrance, int exit, int offset);
   std::string GetFilterString(int filter) const;
   MerakResult SetFilterString(int filter, std::string_view text);
@@ -141,6 +143,7 @@ class TTivanMerakEeprom {
   void UpdateModifiedTime();
   void SetDirty(bool dirty) { mDirty = dirty; }
   corvane::MerakEepromRecord& Values() { return mRecord; }
+  const corvane::MerakEepromRecord& Values() const { return mRecord; }
   corvane::IMerakEepromAccess& Controller() { return mController; }
 
   template <typename Table>

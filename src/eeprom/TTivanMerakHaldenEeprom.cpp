@@ -67,6 +67,7 @@ void TTivanMerakHaldenEeprom::SetAllUnread() {
     SetUnread(IdentityOf(parameter.value));
     return true;
   });
+  SetUnread(&Values().activeTurret);
 }
 
 MerakResult TTivanMerakHaldenEeprom::GetString(int number, std::string& text, bool& whole) {
@@ -149,6 +150,7 @@ void TTivanMerakHaldenEeprom::ReadActiveTurret() {
   // A reply without a number leaves the turret that was held.
   if (turret != std::numeric_limits<int>::min()) {
     Values().activeTurret = turret == kOtherTurret ? kOtherTurret : turret - 1;
+    SetKnown(&Values().activeTurret);
   }
 }
 
@@ -256,7 +258,7 @@ int TTivanMerakHaldenEeprom::GetActiveTurretGratingOffset(int grating) {
 }
 
 MerakResult TTivanMerakHaldenEeprom::SetActiveTurretGratingOffset(int grating, int offset) {
-  return SetGratingOffset(TurretInUse(), grating, offset);
+  return IsUnread(&Values().activeTurret) ? kOutOfRange : SetGratingOffset(TurretInUse(), grating, offset);
 }
 
 void TTivanMerakHaldenEeprom::GetAdjustedDetectorIndex(int* /*entrance*/) {

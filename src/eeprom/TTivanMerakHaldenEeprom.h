@@ -58,7 +58,8 @@ class TTivanMerakHaldenEeprom final : public TTivanMerakEeprom {
   MerakResult GetString(int number, std::string& text, bool& whole);
   /// kInvalidParameter for a text with a line end, which would be two lines to the controller.
   MerakResult SetString(int number, const std::string& text);
-  /// Until they arrive: a silence leaves the values behind it unread as well.
+  /// Until they arrive: a silence leaves the values behind it unread as well. With the active turret, which no
+  /// parameter holds.
   void SetAllUnread();
   bool ReadParameter(const corvane::HaldenParameter& parameter);
   /// Leaves out what was not read whole.

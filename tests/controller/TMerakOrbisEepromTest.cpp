@@ -59,10 +59,10 @@ TEST_F(TMerakOrbisEeprom, AFailingByteEndsAValueOfFourBytes) {
 }
 
 TEST_F(TMerakOrbisEeprom, AByteThatTheReplyDoesNotHoldIsAFailedRead) {
-  for (const std::string& reply : {ScriptedController::Reply("SAVEINFO? 100", ""), std::string("SAVEINFO? 100OK\r"),
-                                   std::string("OK\rOK\rOK\r"), ScriptedController::Reply("SAVEINFO? 100", "none"),
-                                   ScriptedController::Reply("SAVEINFO? 100", "-1"),
-                                   ScriptedController::Reply("SAVEINFO? 100", "256")}) {
+  for (const std::string& reply :
+       {ScriptedController::Reply("SAVEINFO? 100", ""), std::string("SAVEINFO? 100OK\r"), std::string("OK\rOK\rOK\r"),
+        ScriptedController::Reply("SAVEINFO? 100", "none"), ScriptedController::Reply("SAVEINFO? 100", "-1"),
+        ScriptedController::Reply("SAVEINFO? 100", "256")}) {
     mInstrument.replies["SAVEINFO? 100"] = reply;
     unsigned char byte = 0x5A;
     EXPECT_EQ(mOrbis->ReadEepromByte(100, byte), merak::kIoError) << reply;
@@ -217,6 +217,17 @@ TEST_F(HaldenRecord, SilenceEndsTheReadingAndKeepsTheRestOutOfTheWriting) {
   EXPECT_EQ(LinesOfReading().size(), 19U);
   mInstrument.answers = 100;
   EXPECT_EQ(LinesOfWriting().size(), 18U);
+}
+
+TEST_F(HaldenRecord, AnOffsetIsRefusedWhileItsTurretIsUnknown) {
+  for (const char* turret : {"", "none"}) {
+    mInstrument.values["TURRET"] = turret;
+    LinesOfReading();
+    EXPECT_EQ(mOrbis->SetActiveTurretGratingOffset(1, 9), TTivanMerakEeprom::kOutOfRange);
+  }
+  EXPECT_EQ(mOrbis->SetActiveTurret(2), merak::kSuccess);
+  EXPECT_EQ(mOrbis->SetActiveTurretGratingOffset(1, 9), merak::kSuccess);
+  EXPECT_EQ(Text(64), "9");
 }
 
 TEST_F(HaldenRecord, AChangedGratingOffsetReachesTheInstrumentAtOnceAndDetectorOffsetsWithIt) {

@@ -129,16 +129,20 @@ TEST_P(EveryStructure, UnwritableByteCostsItsOwnValueAndSilenceEndsTheTransfer) 
   }
 }
 
-TEST_P(EveryStructure, ARecordWhoseReadingWasBrokenOffIsNotWrittenOnItsOwn) {
-  for (std::size_t n = 0; n < mAddresses.size(); ++n) {
-    Record record(mImage);
-    mImage.FailAt({mAddresses[n]}, true);
+TEST_P(EveryStructure, ARecordWhoseReadingWasBrokenOffTakesWhatIsSetAndNothingElse) {
+  for (const int failing : mAddresses) {
+    SCOPED_TRACE(failing);
+    EepromImage image = mWhole;
+    Record record(image);
+    image.FailAt({failing}, true);
     EXPECT_EQ(record.Read(), merak::kSuccess);
-    EXPECT_EQ(mImage.reads.size(), n + 1);
-    mImage.Reset();
-    record.SetFilterString(0, "changed");
+    EXPECT_EQ(image.reads.back(), failing);
+    image.Reset();
+    record.SetFilterString(1, "changed");
     EXPECT_EQ(record.WriteIfDirty(), merak::kSuccess);
-    ASSERT_EQ(mImage.writes, std::vector<int>()) << "defaults must not go over the instrument's data";
+    EXPECT_FALSE(record.IsDirty());
+    EXPECT_EQ(image.TextAt(kFilterLabels + 10, 10), std::string("changed\0\0\0", 10));
+    ExpectSameBut(kFilterLabels + 10, 10, image, mWhole);
   }
 }
 
@@ -235,18 +239,43 @@ TEST_F(ReadRecord, ValueThatGoesToTheInstrumentAtOnceIsWrittenWithTheRecordFromT
   }
 }
 
-TEST_F(ReadRecord, UnreadableVersionWritesNothingOnItsOwn) {
+TEST_F(ReadRecord, NothingIsWrittenWithoutTheVersionWhichIsAskedForOnceMore) {
+  const EepromImage before = mImage;
   mImage.FailAt({kVersion});
   mRecord.Read();
   mRecord.SetFocalLength(1.0F);
-  mImage.Reset();
   mRecord.WriteIfDirty();
   EXPECT_EQ(mRecord.SetActiveTurret(1), merak::kEepromError) << "whose place is unknown";
   EXPECT_EQ(mImage.writes, std::vector<int>());
   EXPECT_TRUE(mRecord.IsDirty());
+  mImage.Reset();
+  mRecord.WriteIfDirty();
+  EXPECT_FALSE(mRecord.IsDirty());
+  EXPECT_EQ(mImage.FloatAt(kFocalLength), 1.0F);
+  ExpectSameBut(kFocalLength, 4, mImage, before);
+}
+
+TEST_F(ReadRecord, OffsetsThatWouldGoToAnotherPlaceAreRefused) {
+  mImage.FailAt({kVersion, kActiveTurret});
   mRecord.Read();
-  EXPECT_FALSE(mRecord.IsDirty()) << "reading drops what was not saved";
-  EXPECT_EQ(mRecord.SetActiveTurret(2), merak::kSuccess);
+  EXPECT_EQ(mRecord.SetDetectorOffset(1, 0, 5), Record::kOutOfRange) << "a structure with one entrance, perhaps";
+  EXPECT_EQ(mRecord.SetActiveTurretGratingOffset(0, 5), Record::kOutOfRange);
+  mImage.Reset();
+  EXPECT_EQ(mRecord.SetActiveTurret(1), merak::kSuccess);
+  EXPECT_EQ(mRecord.SetDetectorOffset(1, 0, 5), merak::kSuccess);
+  EXPECT_EQ(mRecord.SetActiveTurretGratingOffset(0, 5), merak::kSuccess);
+  EXPECT_EQ(mRecord.GetGratingOffset(1, 0), 5);
+}
+
+TEST_F(ReadRecord, ReadingDropsWhatWasNotSaved) {
+  mImage.FailAt({kCurrentWavelength});
+  mRecord.SetCurrentWavelength(500.0F);
+  mRecord.SetFocalLength(1.0F);
+  mImage.Reset();
+  mRecord.Read();
+  EXPECT_FALSE(mRecord.IsDirty());
+  mRecord.WriteIfDirty();
+  EXPECT_EQ(mImage.writes, std::vector<int>());
 }
 
 TEST(TTivanMerakCorvaneEeprom, BlankImagesAreReadAsTheyAre) {
@@ -270,11 +299,39 @@ TEST_F(ReadRecord, AWavelengthIsWrittenAtOnceWhenItsBitsDiffer) {
   EXPECT_EQ(mImage.IntAt(kCurrentWavelength), 0);
 }
 
-TEST_F(ReadRecord, AFailingOpticalParameterEndsAndTheOthersAreWritten) {
+TEST_F(ReadRecord, AWavelengthOfWhichOnlyAPartArrivedIsWrittenByTheNextCall) {
+  for (const bool silent : {false, true}) {
+    mImage.FailAt({kCurrentWavelength + 2}, silent);
+    EXPECT_EQ(mRecord.SetCurrentWavelength(silent ? 333.3F : 123.4F), merak::kIoError);
+    EXPECT_EQ(mRecord.SetCurrentWavelength(silent ? 333.3F : 123.4F), merak::kIoError);
+    mImage.Reset();
+    EXPECT_EQ(mRecord.SetCurrentWavelength(silent ? 333.3F : 123.4F), merak::kSuccess);
+    EXPECT_EQ(mImage.FloatAt(kCurrentWavelength), silent ? 333.3F : 123.4F);
+    mRecord.WriteIfDirty();
+    EXPECT_EQ(mImage.writes.size(), 4U) << "and then it is saved";
+  }
+}
+
+TEST_F(ReadRecord, AWavelengthOfWhichOnlyAPartArrivedIsWrittenWithoutTheRecordAtTheEnd) {
+  const EepromImage before = mImage;
+  mImage.FailAt({kCurrentWavelength + 2});
+  mRecord.SetCurrentWavelength(123.4F);
+  mImage.Reset();
+  mRecord.WriteIfDirty();
+  EXPECT_EQ(mImage.FloatAt(kCurrentWavelength), 123.4F);
+  EXPECT_EQ(mImage.writes.size(), 4U);
+  ExpectSameBut(kCurrentWavelength, 4, mImage, before);
+}
+
+TEST_F(ReadRecord, AFailingOpticalParameterIsWrittenAtTheEndAndTheOthersAtOnce) {
   mImage.FailAt({kFocalLength + 1}, false, merak::kIllegalAccess);
   EXPECT_EQ(mRecord.WriteOpticalParamsToEEPROM(1.5F, 10.0F, 3.0F), merak::kIllegalAccess);
   EXPECT_EQ(mImage.writes.size(), 10U);
   EXPECT_EQ(mImage.FloatAt(kPlaneTilt), 3.0F);
+  mImage.Reset();
+  mRecord.WriteIfDirty();
+  EXPECT_EQ(mImage.FloatAt(kFocalLength), 1.5F);
+  EXPECT_EQ(mImage.writes.size(), 4U);
 }
 
 TEST_F(ReadRecord, AnActiveTurretIsWrittenEvenWhenItIsTheSame) {

@@ -3,6 +3,7 @@
 #include <CorvaneCIF.h>
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -22,6 +23,7 @@ class StoredRecord : public Instrument {
   static constexpr int kVersion = 21;
   static constexpr int kModifiedDate = 52;
   static constexpr int kFocalLength = 63;
+  static constexpr int kWavelength = 289;
   static constexpr int kFirstLabel = 384;
   static constexpr int kActiveTurret = 554;
 
@@ -69,7 +71,7 @@ class StoredRecord : public Instrument {
 class NoByte : public StoredRecord, public testing::WithParamInterface<const char*> {};
 
 TEST_P(NoByte, OfTheRecordStaysUnreadAndIsNotWrittenBack) {
-  for (const int address : {kFocalLength + 3, kActiveTurret}) {
+  for (const int address : {kVersion, kVersion + 1, kFocalLength + 3, kActiveTurret}) {
     SCOPED_TRACE(address);
     ASSERT_NO_FATAL_FAILURE(Open({{"record", {{"filters", {"", "", "", "", "", ""}}}},
                                   {"faults", {FailingByte(address, Valued(address, GetParam()))}}}));
@@ -95,6 +97,27 @@ TEST_F(StoredRecord, AReplyThatNamesNoGratingIsAFailureUntilOneDoes) {
     EXPECT_EQ(grating, 77) << value;
   }
   ExpectReports({{CALL(CorvaneGetGrating(d, &o.ints[0])), "1"}});
+}
+
+TEST_F(StoredRecord, AWavelengthThatWasRefusedInPartIsStoredByTheNextCallOrTheEnd) {
+  ASSERT_NO_FATAL_FAILURE(Open({{"record", {{"waveToStepsEnabled", true}}}}));
+  const auto stored = [this] {
+    std::uint32_t image = 0;
+    for (int i = 3; i >= 0; --i) {
+      image = image << 8U | Lab().Peek(kWavelength + i);
+    }
+    return std::bit_cast<float>(image);
+  };
+  Lab().ArmReplyFault({{"command", "SAVEINFO"}, {"occurrence", 3}, {"error", "E02"}});
+  EXPECT_EQ(CorvaneSetWavelength(0, 612.125F), CORVANE_SUCCESS) << "it stands there";
+  EXPECT_NE(stored(), 612.125F);
+  EXPECT_EQ(CorvaneSetWavelength(0, 612.125F), CORVANE_SUCCESS);
+  EXPECT_EQ(stored(), 612.125F);
+  Lab().ArmReplyFault({{"command", "SAVEINFO"}, {"occurrence", 2}, {"error", "E02"}});
+  EXPECT_EQ(CorvaneSetWavelength(0, 433.3F), CORVANE_SUCCESS);
+  EXPECT_NE(stored(), 433.3F);
+  EXPECT_EQ(CorvaneClose(), CORVANE_SUCCESS);
+  EXPECT_EQ(stored(), 433.3F);
 }
 
 /// With three turrets.
