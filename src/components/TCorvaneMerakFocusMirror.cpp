@@ -1,5 +1,7 @@
 #include "components/TCorvaneMerakFocusMirror.h"
 
+#include <utility>
+
 #include "components/MerakOperation.h"
 #include "controller/TMerakOrbis.h"
 #include "core/TAutoFocus.h"
@@ -11,10 +13,21 @@ constexpr const char* kName = "FOC";
 }  // namespace
 
 bool TCorvaneMerakFocusMirror::IsPresent() {
-  return corvane::ListContainsText(mAborter, mController, kName);
+  return IsListed(Asked::kNothing);
+}
+
+bool TCorvaneMerakFocusMirror::IsListed(Asked what) {
+  const corvane::AcquisitionPause pause(mAborter);
+  bool listed = false;
+  const MerakResult result = mController.FindInPeripheralNames(kName, listed);
+  mMetSilence = result == merak::kIoError && mController.IsSilent() ? what : Asked::kNothing;
+  return result == merak::kSuccess && listed;
 }
 
 void TCorvaneMerakFocusMirror::SetMirrorFocus(int steps) {
+  if (std::exchange(mMetSilence, Asked::kNothing) == Asked::kPosition && mController.IsSilent()) {
+    throw TCorvaneException(merak::kIoError);
+  }
   if (corvane::ReadListContainsText(mAborter, mController, kName)) {
     if (mPositionUnknown) {
       throw TCorvaneException(merak::kIoError);
@@ -24,7 +37,12 @@ void TCorvaneMerakFocusMirror::SetMirrorFocus(int steps) {
 }
 
 int TCorvaneMerakFocusMirror::GetMirrorFocus() {
-  mPositionUnknown = !IsPresent();
+  if (mMetSilence == Asked::kTravel && mController.IsSilent()) {
+    mMetSilence = Asked::kPosition;
+    mPositionUnknown = true;
+    return 0;
+  }
+  mPositionUnknown = !IsListed(Asked::kPosition);
   if (mPositionUnknown) {
     return 0;
   }
@@ -32,7 +50,7 @@ int TCorvaneMerakFocusMirror::GetMirrorFocus() {
 }
 
 int TCorvaneMerakFocusMirror::GetFocusMirrorMaxSteps() {
-  if (!IsPresent()) {
+  if (!IsListed(Asked::kTravel)) {
     return 0;
   }
   return corvane::ReadNumber(mAborter, [this](int& given) { return mController.GetFocusMirrorMaxSteps(given); });

@@ -21,7 +21,7 @@ class TCorvaneMerakFocusMirror final : public ISpectrographFocusMirror {
   /// list cannot be had, and kIoError when it shows a mirror now that it did not show as the position was asked for
   /// last: a caller that reckoned with that 0 would drive the mirror past its end.
   void SetMirrorFocus(int steps) override;
-  /// "FOCUS?".
+  /// "FOCUS?". 0 without a word right behind a question for the travel that met silence.
   int GetMirrorFocus() override;
   /// "FOCUS_TOTALSTEPS?".
   int GetFocusMirrorMaxSteps() override;
@@ -32,10 +32,16 @@ class TCorvaneMerakFocusMirror final : public ISpectrographFocusMirror {
   bool FocusMirrorCancelAutoFocus() override;
 
  private:
+  /// For what the list was asked for. Travel, position and move follow each other: a controller that was silent at one
+  /// of them is not waited for a second time at the next.
+  enum class Asked { kNothing, kTravel, kPosition };
+
+  bool IsListed(Asked what);
   static bool FnAutoFocus();
   static bool FnCancelAutoFocus();
 
   TMerakOrbis& mController;
   bool mPositionUnknown = false;
+  Asked mMetSilence = Asked::kNothing;
   TCVNAcquisitionAborter mAborter{false};
 };

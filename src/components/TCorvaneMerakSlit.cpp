@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <utility>
 
 #include "components/MerakOperation.h"
 #include "components/optics/Truncation.h"
@@ -36,6 +37,10 @@ bool TCorvaneMerakSlit::IsPresent() {
 }
 
 void TCorvaneMerakSlit::SetSlit(float width) {
+  // The mode is asked for right before: a controller that was silent then is not waited for a second time.
+  if (std::exchange(mModeMetSilence, false) && mController.IsSilent()) {
+    corvane::ThrowOnFailure(merak::kIoError);
+  }
   corvane::RunBusy(mAborter, *this, [&] { return mController.SetSlitWidth(mNumber, corvane::Truncated(width)); });
 }
 
@@ -50,7 +55,11 @@ void TCorvaneMerakSlit::SetSlitMode(const char* mode) {
 }
 
 const char* TCorvaneMerakSlit::GetSlitMode() {
-  corvane::RunPaused(mAborter, [&] { return mController.GetSlitMode(mNumber, mMode); });
+  corvane::RunPaused(mAborter, [&] {
+    const MerakResult result = mController.GetSlitMode(mNumber, mMode);
+    mModeMetSilence = result == merak::kIoError && mController.IsSilent();
+    return result;
+  });
   return mMode.c_str();
 }
 

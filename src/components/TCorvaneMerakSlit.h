@@ -23,7 +23,8 @@ class TCorvaneMerakSlit final : public ISpectrographSlit {
 
   /// The controller's peripheral list covers this slit; false when it cannot be had.
   bool IsPresent() override;
-  /// "SLIT_WIDTH" with the whole micrometres of the width. Busy meanwhile.
+  /// "SLIT_WIDTH" with the whole micrometres of the width. Busy meanwhile. Once kIoError without a word when the
+  /// controller was silent as it was asked for the mode, and has not been heard since.
   void SetSlit(float width) override;
   /// "SLIT_WIDTH?", micrometres.
   float GetSlit() override;
@@ -43,5 +44,6 @@ class TCorvaneMerakSlit final : public ISpectrographSlit {
   int mNumber;
   std::string_view mTag;
   std::string mMode;
+  bool mModeMetSilence = false;
   TCVNAcquisitionAborter mAborter{false};
 };

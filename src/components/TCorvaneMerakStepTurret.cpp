@@ -54,15 +54,20 @@ MerakResult TCorvaneMerakStepTurret::SetCurrentEntrancePort(int port) {
   return StorePort(mEntrancePort, port);
 }
 
-void TCorvaneMerakStepTurret::RefreshPorts() {
+MerakResult TCorvaneMerakStepTurret::RefreshPorts() {
   int port = mExitPort;
   if (mController.GetExitPort(port) == merak::kSuccess) {
     SetCurrentExitPort(port);
+  } else if (mController.IsSilent()) {
+    return merak::kIoError;
   }
   port = mEntrancePort;
   if (mController.GetEntrancePort(port) == merak::kSuccess) {
     SetCurrentEntrancePort(port);
+  } else if (mController.IsSilent()) {
+    return merak::kIoError;
   }
+  return merak::kSuccess;
 }
 
 std::int64_t TCorvaneMerakStepTurret::ZeroPosition(int grating) {
@@ -107,7 +112,9 @@ MerakResult TCorvaneMerakStepTurret::MoveTo(int grating, float nm, std::int64_t 
   for (int i = 0; i < TStepperWaveToSteps::kCoefficients; ++i) {
     coefficients[static_cast<std::size_t>(i)] = mController.GetWaveToStepsCoeff(i);
   }
-  RefreshPorts();
+  if (const MerakResult result = RefreshPorts(); result != merak::kSuccess) {
+    return result;
+  }
   const TStepperWaveToSteps converter(coefficients.data(), mController.GetSinAmplitude(), mController.GetSinPhase(),
                                       mController.GetSinFrequency(), static_cast<unsigned long>(total));
   const auto offset = static_cast<int>(ZeroPosition(grating - 1));
@@ -168,7 +175,9 @@ MerakResult TCorvaneMerakStepTurret::GetGrating(int& grating) {
   }
   // Unwrapped with the ports known so far; the comparison then takes the fresh ones.
   const std::int64_t steps = merakStepsToTivanSteps(position, total);
-  RefreshPorts();
+  if (const MerakResult result = RefreshPorts(); result != merak::kSuccess) {
+    return result;
+  }
   grating = kGratings;
   for (int i = kGratings - 1; i >= 0; --i) {
     if (steps >= ZeroPosition(i)) {

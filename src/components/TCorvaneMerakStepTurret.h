@@ -52,7 +52,9 @@ class TCorvaneMerakStepTurret final : public TMCorvaneWaveStrategy, public TMCor
   MerakResult ReadTotal(std::int64_t& total);
   /// Controller steps. kIoError when the reply holds no number.
   MerakResult ReadPosition(int& step);
-  void RefreshPorts();
+  /// A port that cannot be had stays as it is held. kIoError only when the controller fell silent: each further
+  /// question would cost another time-out.
+  MerakResult RefreshPorts();
   /// Zero position of a 0-based grating, in library steps.
   std::int64_t ZeroPosition(int grating);
   static std::int64_t tivanStepsToMerakSteps(std::int64_t steps, std::int64_t total);

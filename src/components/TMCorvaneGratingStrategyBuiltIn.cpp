@@ -16,12 +16,15 @@ MerakResult TMCorvaneGratingStrategyBuiltIn::SetGratingOffset(int grating, int o
   if (!mController.HasEepromRecord()) {
     return merak::kDeviceNotOpen;
   }
-  if (mController.SetActiveTurretGratingOffset(grating - 1, offset) == TTivanMerakEeprom::kOutOfRange) {
+  const MerakResult stored = mController.SetActiveTurretGratingOffset(grating - 1, offset);
+  if (stored == TTivanMerakEeprom::kOutOfRange) {
     return merak::kUnknownError;
   }
   // Deliberately without a result, as any other code of the record: the offset is stored, and the next move takes it in
-  // at the latest.
-  mController.ResetPosition();
+  // at the latest. A controller that fell silent over it is not waited for a second time.
+  if (stored == merak::kSuccess || !mController.IsSilent()) {
+    mController.ResetPosition();
+  }
   return merak::kSuccess;
 }
 

@@ -47,7 +47,12 @@ void TMerakHardware::CreateComponents(TMerakFactory& factory) {
 }
 
 void TMerakHardware::ReadSystemInfo() {
-  mController->GetSystemInfoEx(mSystemInfo);
+  // Silent while its record was read: a second wait would tell no more than it told when it was opened.
+  if (mController->IsSilent()) {
+    mSystemInfo = mController->LatestSystemInfo();
+  } else {
+    mController->GetSystemInfoEx(mSystemInfo);
+  }
   const std::size_t length = std::min(mSystemInfo.serialNumber.size(), mSerial.size() - 1);
   std::copy_n(mSystemInfo.serialNumber.begin(), length, mSerial.begin());
 }

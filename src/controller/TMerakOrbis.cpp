@@ -120,7 +120,7 @@ MerakResult TMerakOrbis::Close() {
   }
   if (mSystemType == kTypeSx) {
     mCom->HurryIfSilent();
-    Command(words::kFarewell);
+    mCom->Bid(words::kFarewell);
   }
   const MerakResult result = TranslateError(mCom->Close());
   if (result == merak::kSuccess) {
@@ -176,6 +176,7 @@ MerakResult TMerakOrbis::GetSystemInfoEx(SystemInfo& info) {
   if (info.firmware.starts_with('V')) {
     corvane::ScanFloat(info.firmware.substr(1), mFirmwareVersion);
   }
+  mLatestInfo = info;
   return merak::kSuccess;
 }
 

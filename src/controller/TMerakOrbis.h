@@ -104,7 +104,9 @@ class TMerakOrbis : public corvane::MerakRecordOperations, private corvane::IMer
   /// "SYSTEMINFO": the five fields. All fields and the firmware version are cleared first, also when the controller is
   /// not open; a field that the reply lacks stays empty. Fields are as long as the controller sent them.
   MerakResult GetSystemInfoEx(SystemInfo& info);
-  /// The same into buffers of kMaxSystemInfoLength + 1 bytes each, cut to fit.
+  /// The answer to the latest of these that was answered. Usable while closed.
+  const SystemInfo& LatestSystemInfo() const { return mLatestInfo; }
+  /// GetSystemInfoEx into buffers of kMaxSystemInfoLength + 1 bytes each, cut to fit.
   MerakResult GetSystemInfoEx(char* manufacturer, char* model, char* third, char* fourth, char* firmware);
   /// Number behind the "V" of the last system information read; 0 before and when there was none. Usable while closed.
   float GetFirmwareVersion() const { return mFirmwareVersion; }
@@ -256,6 +258,7 @@ class TMerakOrbis : public corvane::MerakRecordOperations, private corvane::IMer
   bool mTrace = false;
   std::unique_ptr<TMerakOrbisCom> mCom;
   TMerakOrbisCache mCache;
+  SystemInfo mLatestInfo;
   float mFirmwareVersion = 0.0F;
   int mGrating = kNoGrating;
   TI2CInterface* mI2C;

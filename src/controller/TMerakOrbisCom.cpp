@@ -141,6 +141,14 @@ MerakResult TMerakOrbisCom::Command(const std::string& word, const std::string& 
   return result;
 }
 
+void TMerakOrbisCom::Bid(const std::string& word) {
+  if (mSilent) {
+    Send("C+ ", AddParamsToCommand(word, {}), "C=");
+  } else {
+    Command(word);
+  }
+}
+
 MerakResult TMerakOrbisCom::Query(const std::string& word, const std::string& params, std::string& reply) {
   const std::string line = AddParamsToCommand(word + "?", params);
   if (const MerakResult result = Send("Q+ ", line, "Q="); result != merak::kSuccess) {

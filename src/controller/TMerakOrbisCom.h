@@ -40,6 +40,8 @@ class TMerakOrbisCom {
   /// The exchanges; kDeviceNotOpen without a transport. A command's reply text is dropped, so a late "OK" is as good
   /// as any.
   MerakResult Command(const std::string& word, const std::string& params = {});
+  /// A command whose reply does not matter: of a controller that no longer answers it is not waited for.
+  void Bid(const std::string& word);
   /// reply: the value text behind the echo, usually beginning with a line feed. A reply without the echo, or with
   /// a pause longer than the read time-out in it, is dropped and the next one read; after three of them the result is
   /// kSuccess and reply is empty. On an error it holds what came.
