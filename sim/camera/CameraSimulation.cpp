@@ -19,6 +19,10 @@ constexpr const char* kControllerName = "i2c";
 
 unsigned int CameraSimulation::Initialize(std::string_view directory) {
   const std::scoped_lock lock(mMutex);
+  if (mKeepsPower && mScenario) {
+    mInitialized = true;
+    return kTivanSuccess;
+  }
   mInitialized = false;
   // The old instrument gives up its state file before a new one reads it.
   mController.reset();
@@ -235,8 +239,22 @@ CameraSimulation::Answer CameraSimulation::Peek(int instrument, int address, std
 
 std::string CameraSimulation::State(int instrument) {
   const std::scoped_lock lock(mMutex);
-  const LegacyInstrument* const legacy = Legacy(instrument);
-  return legacy == nullptr ? "" : legacy->State();
+  if (const LegacyInstrument* const legacy = Legacy(instrument)) {
+    return legacy->State();
+  }
+  const MotionController* const found = Controller(instrument);
+  return found == nullptr ? "" : found->State();
+}
+
+std::string CameraSimulation::Parameter(int instrument, int number) {
+  const std::scoped_lock lock(mMutex);
+  const MotionController* const found = Controller(instrument);
+  return found == nullptr || !ParameterMemory::IsValid(number) ? "" : found->GetInstrument().Parameters().Text(number);
+}
+
+void CameraSimulation::KeepPower(bool on) {
+  const std::scoped_lock lock(mMutex);
+  mKeepsPower = on;
 }
 
 CameraSimulation::Answer CameraSimulation::ArmReplyFault(int instrument, std::string_view json) {

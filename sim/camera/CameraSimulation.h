@@ -68,8 +68,10 @@ class CameraSimulation {
   Answer ArmReplyFault(int instrument, std::string_view json);
   Answer ClearReplyFaults(int instrument);
   unsigned long long Lines(int instrument);
-  /// Of an older instrument; empty for any other.
+  /// Empty when there is no such instrument.
   std::string State(int instrument);
+  std::string Parameter(int instrument, int number);
+  void KeepPower(bool on);
   std::string Log();
   unsigned long long Operations();
   void ArmFault(const TransportFault& fault);
@@ -98,6 +100,7 @@ class CameraSimulation {
   std::unique_ptr<MotionController> mController;
   std::unique_ptr<LegacyInstrument> mLegacy;
   bool mInitialized = false;
+  bool mKeepsPower = false;
   unsigned long long mOperations = 0;
   std::vector<ArmedFault> mScenarioFaults;
   std::optional<ArmedFault> mTestFault;

@@ -139,6 +139,17 @@ TIVAN_API size_t CorvaneSimState(int instrument, char* text, size_t length) {
   return Text(text, length, [&] { return Camera().State(instrument); });
 }
 
+TIVAN_API size_t CorvaneSimParameter(int instrument, int number, char* text, size_t length) {
+  return Text(text, length, [&] { return Camera().Parameter(instrument, number); });
+}
+
+TIVAN_API void CorvaneSimKeepPower(int on) {
+  Guarded<bool>(false, [&] {
+    Camera().KeepPower(on != 0);
+    return true;
+  });
+}
+
 TIVAN_API size_t CorvaneSimLog(char* text, size_t length) {
   return Text(text, length, [] { return Camera().Log(); });
 }

@@ -44,9 +44,16 @@ int CorvaneSimTrueCentre(int instrument, double* nanometres);
  * 75 of page 0 has address 76, byte 0 of page 1 address 257. */
 int CorvaneSimPeek(int instrument, int address, unsigned char* value);
 
-/* Where everything on an older instrument really stands, as a JSON object (docs/simulation.md has its keys); empty for
- * any other. Writes and answers as CorvaneSimLog. */
+/* One of the numbered texts of an SX, number from 0; empty for any other. Writes and answers as CorvaneSimLog. */
+size_t CorvaneSimParameter(int instrument, int number, char* text, size_t length);
+
+/* Where everything on an instrument really stands, as a JSON object (docs/simulation.md has its keys). Writes and
+ * answers as CorvaneSimLog. */
 size_t CorvaneSimState(int instrument, char* text, size_t length);
+
+/* With on not 0 the instruments keep their power: every later "Initialize" finds them as they stand, with the faults
+ * armed on them, as a host does that starts anew. With 0 the next one puts new ones in their place again. */
+void CorvaneSimKeepPower(int on);
 
 /* All protocol lines since the start, as docs/simulation.md shows them ("i2c > MOVETO 550.0000"). Writes at most
  * length - 1 characters and a terminator, and answers how many characters there are in all. */

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "controller/CommandSet.h"
+#include "controller/StateFile.h"
 
 namespace corvane::sim {
 namespace {
@@ -19,17 +20,19 @@ SimulationTime FromMilliseconds(double milliseconds) {
   return SimulationTime(std::llround(milliseconds * 1000.0));
 }
 
+constexpr const char* kDone = "OK\r";
+
 /// The bytes of a reply: a query's value comes after the echo of the query.
 std::string Framed(const std::string& line, const Reply& reply) {
   switch (reply.kind) {
     case Reply::Kind::kValue:
-      return line + "\r\n" + reply.text + "\r\nOK\r";
+      return line + "\r\n" + reply.text + "\r\n" + kDone;
     case Reply::Kind::kError:
       return reply.text + "\r";
     case Reply::Kind::kDone:
       break;
   }
-  return "OK\r";
+  return kDone;
 }
 
 const ReplyFault* Find(const std::vector<ReplyFault>& faults, ReplyFault::Kind kind) {
@@ -53,6 +56,10 @@ void MotionController::Arm(const ReplyFault& fault) {
 
 void MotionController::ClearFaults() {
   mFaults.clear();
+}
+
+std::string MotionController::State() const {
+  return StateText(mInstrument, mFaultHits);
 }
 
 void MotionController::FromHost(std::span<const std::uint8_t> bytes) {
@@ -92,10 +99,33 @@ void MotionController::CarryOut(const std::string& line) {
   } else if (line.size() <= kLongestLine) {
     reply = Execute(mInstrument, line);
   }
-  const ReplyFault* const replaced = Find(faults, ReplyFault::Kind::kReply);
   mBusyUntil = std::max(mBusyUntil, mClock()) + FromMilliseconds(reply.milliseconds);
-  Send(replaced != nullptr ? replaced->text : Framed(line, reply),
-       mBusyUntil + FromMilliseconds(mInstrument.Description().latency), faults);
+  const std::string answer = Disturbed(line, reply, faults);
+  mPreviousReply = Framed(line, reply);
+  Send(answer, mBusyUntil + FromMilliseconds(mInstrument.Description().latency), faults);
+}
+
+std::string MotionController::Disturbed(const std::string& line, Reply reply,
+                                        const std::vector<ReplyFault>& faults) const {
+  using Kind = ReplyFault::Kind;
+  if (const ReplyFault* const replaced = Find(faults, Kind::kReply)) {
+    return replaced->text;
+  }
+  if (Find(faults, Kind::kPrevious) != nullptr) {
+    return mPreviousReply;
+  }
+  const bool isValue = reply.kind == Reply::Kind::kValue;
+  if (isValue && Find(faults, Kind::kEcho) != nullptr) {
+    return line + "\r\n" + kDone;
+  }
+  if (const ReplyFault* const value = Find(faults, Kind::kValue); value != nullptr && isValue) {
+    reply.text = value->text;
+  }
+  std::string answer = Framed(line, reply);
+  if (const ReplyFault* const cut = Find(faults, Kind::kCut)) {
+    answer.resize(std::min(answer.size(), cut->splitAt));
+  }
+  return answer;
 }
 
 std::vector<ReplyFault> MotionController::FaultsFor(const std::string& line) {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "controller/CommandSet.h"
 #include "controller/ControllerInstrument.h"
 #include "model/ISerialPeer.h"
 #include "model/InstrumentDescription.h"
@@ -40,6 +41,8 @@ class MotionController : public ISerialPeer {
   /// Lines received since the start, without their carriage returns; the last hundred thousand of them at least.
   const std::vector<std::string>& Lines() const { return mLines; }
   unsigned long long LineCount() const { return mLineCount; }
+  /// Where everything stands, as a JSON object; docs/simulation.md has its keys.
+  std::string State() const;
   /// The instrument itself: where its turret really stands, what its memory holds.
   const ControllerInstrument& GetInstrument() const { return mInstrument; }
 
@@ -55,6 +58,8 @@ class MotionController : public ISerialPeer {
 
   void CarryOut(const std::string& line);
   std::vector<ReplyFault> FaultsFor(const std::string& line);
+  /// The bytes of a reply as the faults leave it.
+  std::string Disturbed(const std::string& line, Reply reply, const std::vector<ReplyFault>& faults) const;
   void Send(const std::string& reply, SimulationTime due, const std::vector<ReplyFault>& faults);
 
   ControllerInstrument mInstrument;
@@ -66,6 +71,7 @@ class MotionController : public ISerialPeer {
   unsigned long long mLineCount = 0;
   std::vector<ArmedFault> mFaults;
   std::deque<OutputByte> mOutput;
+  std::string mPreviousReply;
   SimulationTime mBusyUntil{0};
   int mFaultHits = 0;
 };

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "controller/ControllerInstrument.h"
 #include "model/Limits.h"
 #include "model/StrictJson.h"
 
@@ -84,6 +85,19 @@ InstrumentMemory ReadMemory(const InstrumentDescription& description, const json
 }
 
 }  // namespace
+
+std::string StateText(const ControllerInstrument& instrument, int disturbed) {
+  json state = instrument.Stands();
+  state.erase("turret");
+  state["mountedTurret"] = instrument.MountedTurret();
+  state["step"] = instrument.Step();
+  const std::optional<double> firmware = instrument.Wavelength();
+  const std::optional<double> truth = instrument.TrueCentre();
+  state["firmwareWavelength"] = firmware ? json(*firmware) : json(nullptr);
+  state["wavelength"] = truth ? json(*truth) : json(nullptr);
+  state["disturbed"] = disturbed;
+  return state.dump();
+}
 
 bool LoadState(const InstrumentDescription& description, InstrumentMemory& memory, Positions& positions) {
   std::ifstream file(description.stateFile);

@@ -106,12 +106,16 @@ struct Parts {
 /// A disturbance of replies. Lines are matched by their word: "MOVETO", "POSITION?" (the query), "*" (any).
 struct ReplyFault {
   enum class Kind {
-    kError,    ///< text is answered as an error word; nothing is done
-    kReply,    ///< the line is carried out, but the reply is text, byte for byte
-    kSilence,  ///< the line is lost: nothing is done, no answer
-    kStale,    ///< text arrives before the reply
-    kSplit,    ///< the reply pauses for milliseconds after splitAt bytes
-    kSlow      ///< each byte of the reply takes milliseconds
+    kError,     ///< text is answered as an error word; nothing is done
+    kReply,     ///< the line is carried out, but the reply is text, byte for byte
+    kSilence,   ///< the line is lost: nothing is done, no answer
+    kStale,     ///< text arrives before the reply
+    kValue,     ///< a query's value is text; an empty one leaves its line empty
+    kEcho,      ///< a query's echo comes, no value
+    kCut,       ///< only the first splitAt bytes of the reply arrive
+    kPrevious,  ///< the reply of the line before comes once more
+    kSplit,     ///< the reply pauses for milliseconds after splitAt bytes
+    kSlow       ///< each byte of the reply takes milliseconds
   };
   std::string command = "*";
   int occurrence = 1;       ///< the first matching line that is hit, from 1, counted from arming

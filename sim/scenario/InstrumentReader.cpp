@@ -90,6 +90,16 @@ constexpr struct {
     {"error", ReplyFault::Kind::kError},
     {"reply", ReplyFault::Kind::kReply},
     {"stale", ReplyFault::Kind::kStale},
+    {"value", ReplyFault::Kind::kValue},
+};
+
+constexpr struct {
+  const char* name;
+  ReplyFault::Kind kind;
+} kPlainFaults[] = {
+    {"silence", ReplyFault::Kind::kSilence},
+    {"echo", ReplyFault::Kind::kEcho},
+    {"previous", ReplyFault::Kind::kPrevious},
 };
 
 constexpr SectionKey<TransportFault> kTransportKeys[] = {
@@ -321,10 +331,18 @@ void ReadEffect(JsonSection& section, ReplyFault& fault) {
       is(kind);
     }
   }
-  bool silence = false;
-  section.Read("silence", silence);
-  if (silence) {
-    is(ReplyFault::Kind::kSilence);
+  for (const auto& [name, kind] : kPlainFaults) {
+    bool wanted = false;
+    section.Read(name, wanted);
+    if (wanted) {
+      is(kind);
+    }
+  }
+  if (section.Value("cut") != nullptr) {
+    int at = 0;
+    section.Read("cut", at, {0, kAnyInt});
+    fault.splitAt = static_cast<std::size_t>(at);
+    is(ReplyFault::Kind::kCut);
   }
   if (auto split = section.Section("split")) {
     int at = 1;
@@ -339,7 +357,9 @@ void ReadEffect(JsonSection& section, ReplyFault& fault) {
   }
   section.Finish();
   if (effects != 1) {
-    section.Fail("error", "or one of reply, stale, silence, split, slow must be given, and only one");
+    section.Fail(
+        "error",
+        "or one of reply, value, echo, cut, previous, stale, silence, split, slow must be given, and only one");
   }
 }
 

@@ -1,134 +1,144 @@
-// Every I2C transfer of a session behind the camera fails once, and then from that one on.
+// Every transfer and every reply of a session behind the camera's I2C bus is disturbed: of each controller, of one that
+// the library steps, and of older instruments.
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include <fstream>
 #include <ostream>
-#include <tuple>
-#include <vector>
+#include <sstream>
 
-#include "Session.h"
+#include "RecordFields.h"
+#include "Sweep.h"
 #include "support/FakeTime.h"
-#include "support/LegacyLaboratory.h"
+#include "support/Simulation.h"
+#include "support/TemporaryDirectory.h"
 
 using nlohmann::json;
 
 namespace {
 
 constexpr unsigned int kBusFailure = 20067;
+constexpr int kControllerSize = 1024;
+constexpr int kLegacySize = 6 * 256;
 
-/// Drives every part of an older instrument. Its grating offset does not change by 11 to 29 steps: those are made in
-/// tens, and by design only the last move tells of a failure.
-const std::vector<ExportedFunction> kLegacySession = {
-    {CALL(CorvaneSetGrating(d, 2))},
-    {CALL(CorvaneSetWavelength(d, 550.0F))},
-    {CALL(CorvaneSetGratingOffset(d, 2, 35))},
-    {CALL(CorvaneGetGratingOffset(d, 2, &o.ints[0]))},
-    {CALL(CorvaneGetCalibration(d, o.floats.data(), 4))},
-    {CALL(CorvaneSetSlit(d, 180.0F))},
-    {CALL(CorvaneSetOutputSlit(d, 220.0F))},
-    {CALL(CorvaneSlitReset(d))},
-    {CALL(CorvaneSetSlitCoefficients(d, -80, 10, 800, 2200))},
-    {CALL(CorvaneSetFilter(d, 3))},
-    {CALL(CorvaneFilterReset(d))},
-    {CALL(CorvaneSetFilterInfo(d, 2, "OG570"))},
-    {CALL(CorvaneSetPort(d, 1))},
-    {CALL(CorvaneGotoZeroOrder(d))},
-    {CALL(CorvaneWavelengthReset(d))},
-    {CALL(CorvaneSetWavelength(d, 480.0F))},
-    {CALL(CorvaneSetShutter(d, 1))},
-    {CALL(CorvaneSetAccessory(d, 1, 1))},
+class CameraInstrument final : public SweptInstrument {
+ public:
+  CameraInstrument(const json& scenario, Oracle::Kind kind) : mKind(kind) {
+    mFolder.Write("corvane-sim.json", scenario.dump());
+  }
+
+  std::string Directory() const override { return mFolder.Path().string(); }
+
+  void Renew() override {
+    Lift();
+    mSimulation.KeepPower(0);
+    std::string directory = Directory();
+    EXPECT_EQ(mSimulation.Initialize(directory.data()), 20002U);
+    mSimulation.KeepPower(1);
+    mBefore = mSimulation.Operations();
+  }
+  void Arm(const Fault& fault) override {
+    if (fault.reply.is_null()) {
+      mSimulation.ArmFault(fault.number, fault.fromThenOn ? 1 : 0, kBusFailure);
+    } else {
+      EXPECT_EQ(mSimulation.ArmReplyFault(0, fault.reply.dump().c_str()), 0) << fault.reply;
+    }
+  }
+  void Lift() override {
+    mSimulation.ArmFault(0, 0, kBusFailure);
+    mSimulation.ClearReplyFaults(0);
+  }
+
+  json State() override {
+    return json::parse(Simulation::Text([this](char* text, size_t size) { return mSimulation.State(0, text, size); }));
+  }
+  StoredRecord Record() override {
+    if (mKind == Oracle::Kind::kSx) {
+      return NumberedTexts([this](int number) {
+        return Simulation::Text([&](char* text, size_t size) { return mSimulation.Parameter(0, number, text, size); });
+      });
+    }
+    const bool isLegacy = mKind == Oracle::Kind::kLegacy;
+    static const std::map<int, int> kControllerPlaces = ControllerFields();
+    static const std::map<int, int> kLegacyPlaces = LegacyFields();
+    return CutIntoFields(isLegacy ? kLegacySize : kControllerSize, isLegacy ? kLegacyPlaces : kControllerPlaces,
+                         [this](int address) {
+                           unsigned char byte = 0;
+                           mSimulation.Peek(0, address, &byte);
+                           return static_cast<char>(byte);
+                         });
+  }
+
+  std::vector<std::string> Lines() override {
+    std::istringstream log(Simulation::Text([this](char* text, size_t size) { return mSimulation.Log(text, size); }));
+    const std::string mark = "i2c > ";
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(log, line);) {
+      if (line.rfind(mark, 0) == 0) {
+        lines.push_back(line.substr(mark.size()));
+      }
+    }
+    return lines;
+  }
+  std::uint64_t LineCount() override { return mSimulation.Lines(0); }
+  std::uint64_t Transfers() override { return mSimulation.Operations() - mBefore; }
+  std::uint64_t TransferHits() override { return mSimulation.FaultHits(); }
+
+ private:
+  Oracle::Kind mKind;
+  TemporaryDirectory mFolder;
+  Simulation mSimulation;
+  std::uint64_t mBefore = 0;
 };
 
-struct Swept {
-  const char* name;
-  const std::vector<ExportedFunction>& calls;
+struct CameraSweepCase {
+  SweepPlan plan;
   json scenario;
-  int failures;  ///< of a sound session
-
-  bool IsLegacy() const { return scenario.contains("legacy"); }
 };
 
-void PrintTo(const Swept& swept, std::ostream* out) {
-  *out << swept.name;
+void PrintTo(const CameraSweepCase& sweep, std::ostream* out) {
+  *out << sweep.plan.name;
 }
 
-class CameraSweep : public testing::TestWithParam<std::tuple<Swept, bool>> {
- protected:
-  SessionResult RunOnce() {
-    const std::uint64_t before = mLab.Bus().Operations();
-    const SessionResult result =
-        RunSession(mLab.Directory(), mSwept.calls, [&] { return mLab.Bus().Operations() - before; });
-    mOperations = mLab.Bus().Operations() - before;
-    return result;
-  }
-
-  /// Where an older instrument really stands.
-  json Stands() const {
-    if (!mSwept.IsLegacy()) {
-      return {};
-    }
-    const json state = mLab.State();
-    EXPECT_EQ(state["lostWrites"], 0);
-    return {state["positions"], state["lastForward"]};
-  }
-
-  /// A controller's question costs some twenty transfers, one for each character of its reply. Of an older instrument a
-  /// bus that stays dead is met by every transfer alike, and polling repeats itself every two or three.
-  Strides StridesFor(bool fromThenOn) const {
-    if (!mSwept.IsLegacy()) {
-      return {.record = 23, .driving = 3};
-    }
-    return {.record = 31, .driving = fromThenOn ? 5U : 1U};
-  }
-
+class CameraSweep : public testing::TestWithParam<CameraSweepCase> {
   FakeTime mTime;
-  const Swept& mSwept = std::get<0>(GetParam());
-  LegacyLaboratory mLab{mSwept.scenario};
-  std::uint64_t mOperations = 0;
 };
 
-TEST_P(CameraSweep, EndsInDefinedStatusesAndWorksAgainAfterwards) {
-  const bool fromThenOn = std::get<1>(GetParam());
-  RunOnce();  // whatever is made once per process exists now
-  const SessionResult baseline = RunOnce();
-  const json stands = Stands();
-  ASSERT_TRUE(baseline.found);
-  ASSERT_EQ(baseline.Failures(), mSwept.failures);
-  Sweep(
-      baseline, mOperations, StridesFor(fromThenOn),
-      [&](std::uint64_t transfer) {
-        mLab.Bus().ArmFault(transfer, fromThenOn ? 1 : 0, kBusFailure);
-        const SessionResult result = RunOnce();
-        EXPECT_GT(mLab.Bus().FaultHits(), 0U);
-        // A controller's record that cannot be read is replaced.
-        if ((mSwept.IsLegacy() || transfer > baseline.opened) && result.SameStatuses(baseline)) {
-          EXPECT_EQ(result.Difference(baseline), "") << "a failure was taken for an answer";
-          EXPECT_EQ(Stands(), stands) << "a failure was taken for a success";
-        }
-        mLab.Bus().ArmFault(0, 0, 0);
-      },
-      [this] { return RunOnce(); });
-  EXPECT_EQ(Stands(), stands);
+TEST_P(CameraSweep, LeavesNothingWrong) {
+  const auto& [plan, scenario] = GetParam();
+  CameraInstrument instrument(scenario, plan.kind);
+  Sweep(instrument, plan);
 }
 
-Swept SweptController(const char* model, int failures) {
-  return {model, ControllerSession(), {{"i2c", {{"model", model}}}}, failures};
+json Controller(const char* model) {
+  return {{"i2c", {{"model", model}, {"motion", 0}, {"wavelength", 480}}}};
+}
+
+/// One that the library steps, its first grating's zero order on the far side of the turret's own zero.
+json Stepped() {
+  std::ifstream file(SCENARIOS "/lx-steps/corvane-sim.json");
+  json scenario = json::parse(file, nullptr, true, true);
+  scenario["i2c"]["motion"] = 0;
+  scenario["i2c"]["wavelength"] = 480;
+  scenario["i2c"]["turrets"][0]["gratings"][0]["start"] = -1500;
+  return scenario;
 }
 
 // The library's pauses cost nothing here, so neither may what they wait for.
-Swept SweptLegacy(const char* name, int fpga) {
+json Legacy(int fpga) {
   const json instrument = {{"motion", 0}, {"writeTime", 0}, {"fpga", fpga}};
-  return {name, kLegacySession, {{"legacy", instrument}, {"detector", {{"pixels", 1024}}}}, 0};
+  return {{"legacy", instrument}, {"detector", {{"pixels", 1024}}}};
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Faults, CameraSweep,
-    testing::Combine(testing::Values(SweptController("LX", kControllerFailures),
-                                     SweptController("MX", kControllerFailures), SweptController("SX", kSxFailures),
-                                     SweptLegacy("LegacyRegisters", 23), SweptLegacy("LegacyBursts", 22)),
-                     testing::Bool()),
-    [](const auto& instance) {
-      return std::get<0>(instance.param).name + std::string(std::get<1>(instance.param) ? "FromThenOn" : "Once");
-    });
+using Kind = Oracle::Kind;
+const CameraSweepCase kCases[] = {
+    {{"LX", Kind::kFirmwareMoves, kControllerFailures, 200}, Controller("LX")},
+    {{"MX", Kind::kFirmwareMoves, kControllerFailures, 100}, Controller("MX")},
+    {{"SX", Kind::kSx, kSxFailures, 200}, Controller("SX")},
+    {{"LxSteps", Kind::kLibrarySteps, kControllerFailures, 200}, Stepped()},
+    {{"LegacyRegisters", Kind::kLegacy, 0, 200, false}, Legacy(23)},
+    {{"LegacyBursts", Kind::kLegacy, 0, 200, false}, Legacy(22)},
+};
+INSTANTIATE_TEST_SUITE_P(Faults, CameraSweep, testing::ValuesIn(kCases),
+                         [](const auto& instance) { return instance.param.plan.name; });
 
 }  // namespace

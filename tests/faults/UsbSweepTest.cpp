@@ -1,13 +1,14 @@
-// Every control and bulk OUT transfer of a session over the virtual USB bus fails once, and then from that one on; the
-// chip is pulled at any of them; bulk IN transfers fail now and then (they come with the clock, so a count of them
-// means no particular place).
+// Every control and bulk OUT transfer of a session over the virtual USB bus fails; the chip is pulled at any of them;
+// bulk IN transfers fail now and then (they come with the clock, so a count of them means no particular
+// place).
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include <memory>
+#include <mutex>
 #include <ostream>
-#include <string>
 
-#include "Session.h"
+#include "RecordFields.h"
+#include "Sweep.h"
 #include "bridge/VirtualUsbBus.h"
 #include "controller/MotionController.h"
 #include "scenario/Scenario.h"
@@ -16,36 +17,56 @@
 
 namespace {
 
+using corvane::sim::EepromImage;
 using corvane::sim::InstrumentDescription;
 using corvane::sim::MotionController;
 
 constexpr unsigned kCounted = UsbFault::kControl | UsbFault::kBulkOut;
 
-struct SweepCase {
-  const char* name;
-  std::string model;
-  UsbFault::Effect effect;
-  int error;
-  unsigned kinds = kCounted;
-  bool fromThenOn = false;
+/// A controller that is replaced while the chip in front of it stays; the chip talks to it from its own thread.
+class ReplacedController final : public ISerialPeer {
+ public:
+  void Replace(const InstrumentDescription& description) {
+    const std::lock_guard lock(mMutex);
+    mController = std::make_unique<MotionController>(description);
+  }
+  template <typename Ask>
+  auto With(const Ask& ask) {
+    const std::lock_guard lock(mMutex);
+    return ask(*mController);
+  }
+  void FromHost(std::span<const std::uint8_t> bytes) override {
+    With([&](MotionController& controller) { controller.FromHost(bytes); });
+  }
+  std::size_t ToHost(std::span<std::uint8_t> buffer) override {
+    return With([&](MotionController& controller) { return controller.ToHost(buffer); });
+  }
 
-  /// Questions of an SX's record come one to a value, those of the others one to a byte.
-  bool IsSx() const { return model == "SX"; }
+ private:
+  std::mutex mMutex;
+  std::unique_ptr<MotionController> mController;
 };
 
-void PrintTo(const SweepCase& sweep, std::ostream* out) {
-  *out << sweep.name;
+struct UsbSweepCase {
+  SweepPlan plan;
+  std::string model;
+  UsbFault::Effect effect = UsbFault::Effect::kSubmitFails;
+  int error = EIO;
+  unsigned kinds = kCounted;
+};
+
+void PrintTo(const UsbSweepCase& sweep, std::ostream* out) {
+  *out << sweep.plan.name;
 }
 
-InstrumentDescription InstantInstrument(const std::string& model) {
-  InstrumentDescription description = corvane::sim::DefaultInstrument(model);
-  description.motion = {0, 0, 0, 0, 0, 0, 0};
-  return description;
-}
-
-class UsbSweep : public testing::TestWithParam<SweepCase> {
- protected:
-  void SetUp() override {
+class UsbInstrument final : public SweptInstrument {
+ public:
+  explicit UsbInstrument(const UsbSweepCase& sweep)
+      : mSweep(sweep), mDescription(corvane::sim::DefaultInstrument(sweep.model)) {
+    mDescription.motion = {0, 0, 0, 0, 0, 0, 0};
+    mDescription.wavelength = 480.0F;
+    mDescription.record.currentWavelength = 480.0F;
+    mController.Replace(mDescription);
     BridgeChip::Options options;
     options.vendorId = 0x136E;
     options.productId = 0x0017;
@@ -53,50 +74,91 @@ class UsbSweep : public testing::TestWithParam<SweepCase> {
     mChip = &mBus.Plug(options, {&mController});
   }
 
-  SessionResult RunOnce() {
+  std::string Directory() const override { return mFolder.Path().string(); }
+
+  void Renew() override {
+    Lift();
+    mController.Replace(mDescription);
     mBus.ForgetOperations();
-    return RunSession(mFolder.Path().string(), ControllerSession(),
-                      [this] { return mBus.Operations(GetParam().kinds); });
   }
-
-  void RunWithFaultAt(std::uint64_t n) {
-    const SweepCase& sweep = GetParam();
-    mBus.SetFault({sweep.effect, n, sweep.kinds, sweep.fromThenOn, sweep.error});
-    RunOnce();
+  void Arm(const Fault& fault) override {
+    if (fault.reply.is_null()) {
+      mFault = fault;
+      mBus.SetFault({mSweep.effect, fault.number, mSweep.kinds, fault.fromThenOn, mSweep.error});
+    } else {
+      mController.With([&](MotionController& found) { found.Arm(corvane::sim::ParseReplyFault(fault.reply.dump())); });
+    }
+  }
+  void Lift() override {
+    mFault = {};
     mBus.ClearFault();
-    mBus.Replug(*mChip);
-    EXPECT_EQ(mBus.OpenNodes(), 0U);
-    EXPECT_EQ(mBus.PendingTransfers(), 0U);
+    mController.With([](MotionController& found) { found.ClearFaults(); });
+    if (mBus.OpenNodes() == 0) {
+      EXPECT_EQ(mBus.PendingTransfers(), 0U);
+      mBus.Replug(*mChip);
+    }
   }
 
-  FakeTime mTime;
+  nlohmann::json State() override {
+    return nlohmann::json::parse(mController.With([](MotionController& found) { return found.State(); }));
+  }
+  StoredRecord Record() override {
+    static const std::map<int, int> kPlaces = ControllerFields();
+    return mController.With([this](MotionController& found) {
+      const auto& instrument = found.GetInstrument();
+      return mSweep.plan.kind == Oracle::Kind::kSx
+                 ? NumberedTexts([&](int number) { return instrument.Parameters().Text(number); })
+                 : CutIntoFields(EepromImage::kSize, kPlaces,
+                                 [&](int address) { return static_cast<char>(instrument.Memory().Byte(address)); });
+    });
+  }
+  std::vector<std::string> Lines() override {
+    return mController.With([](MotionController& found) { return found.Lines(); });
+  }
+  std::uint64_t LineCount() override {
+    return mController.With([](MotionController& found) { return found.LineCount(); });
+  }
+  std::uint64_t Transfers() override { return mBus.Operations(mSweep.kinds); }
+  std::uint64_t TransferHits() override {
+    const std::uint64_t count = Transfers();
+    const bool isHit = mFault.number != 0 && count >= mFault.number;
+    return !isHit ? 0 : mFault.fromThenOn ? count - mFault.number + 1 : 1;
+  }
+
+ private:
+  const UsbSweepCase& mSweep;
+  InstrumentDescription mDescription;
   TemporaryDirectory mFolder;
-  MotionController mController{InstantInstrument(GetParam().model)};
+  ReplacedController mController;
   VirtualUsbBus mBus;
   BridgeChip* mChip = nullptr;
+  Fault mFault;
 };
 
-TEST_P(UsbSweep, EndsInDefinedStatusesAndWorksAgainAfterwards) {
-  RunOnce();  // whatever is made once per process exists now
-  const SessionResult baseline = RunOnce();
-  ASSERT_TRUE(baseline.found);
-  ASSERT_EQ(baseline.Failures(), GetParam().IsSx() ? kSxFailures : kControllerFailures);
-  Sweep(
-      baseline, mBus.Operations(GetParam().kinds), {.record = GetParam().IsSx() ? 7U : 29U, .driving = 1},
-      [this](std::uint64_t operation) { RunWithFaultAt(operation); }, [this] { return RunOnce(); });
+class UsbSweep : public testing::TestWithParam<UsbSweepCase> {
+  FakeTime mTime;
+};
+
+TEST_P(UsbSweep, LeavesNothingWrong) {
+  UsbInstrument instrument(GetParam());
+  Sweep(instrument, GetParam().plan);
 }
 
+using Kind = Oracle::Kind;
 using Effect = UsbFault::Effect;
-const SweepCase kCases[] = {
-    {"SubmitOnce", "LX", Effect::kSubmitFails, EIO},
-    {"SubmitOnceSx", "SX", Effect::kSubmitFails, EIO},
-    {"SubmitFromThenOn", "MX", Effect::kSubmitFails, EIO, kCounted, true},
-    {"CompletionOnce", "SX", Effect::kCompletionFails, EPROTO},
-    {"Unplug", "LX", Effect::kUnplug, ENODEV},
-    {"UnplugSx", "SX", Effect::kUnplug, ENODEV},
-    {"BulkIn", "MX", Effect::kCompletionFails, EPROTO, UsbFault::kBulkIn},
+const UsbSweepCase kCases[] = {
+    {{"UsbSubmit", Kind::kFirmwareMoves, kControllerFailures, 40, false}, "LX"},
+    {{"UsbCompletion", Kind::kSx, kSxFailures, 40, false}, "SX", Effect::kCompletionFails, EPROTO},
+    {{"UsbUnplug", Kind::kFirmwareMoves, kControllerFailures, 30, false, true, true}, "LX", Effect::kUnplug, ENODEV},
+    {{"UsbUnplugSx", Kind::kSx, kSxFailures, 30, false, true, true}, "SX", Effect::kUnplug, ENODEV},
+    // The first that fails ends the reading.
+    {{"UsbBulkIn", Kind::kFirmwareMoves, kControllerFailures, 20, false, true, true},
+     "MX",
+     Effect::kCompletionFails,
+     EPROTO,
+     UsbFault::kBulkIn},
 };
 INSTANTIATE_TEST_SUITE_P(Faults, UsbSweep, testing::ValuesIn(kCases),
-                         [](const auto& instance) { return instance.param.name; });
+                         [](const auto& instance) { return instance.param.plan.name; });
 
 }  // namespace

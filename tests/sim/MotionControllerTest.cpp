@@ -63,6 +63,18 @@ TEST_F(ControllerLine, FaultsHitTheLineTheyAreArmedFor) {
   EXPECT_EQ(mController.FaultHits(), 4);
 }
 
+TEST_F(ControllerLine, AReplyComesWithAnotherValueWithNoneCutOrOnceMore) {
+  Arm(R"({"value": "x"})");
+  Arm(R"({"occurrence": 2, "echo": true})");
+  Arm(R"({"occurrence": 3, "cut": 9})");
+  Arm(R"({"occurrence": 5, "previous": true})");
+  EXPECT_EQ(Exchange("FILTER?\r"), "FILTER?\r\nx\r\nOK\r");
+  EXPECT_EQ(Exchange("FILTER?\r"), "FILTER?\r\nOK\r");
+  EXPECT_EQ(Exchange("FILTER?\r"), "FILTER?\r\n");
+  EXPECT_EQ(Exchange("GRATING?\rFILTER 3\r"), "GRATING?\r\n1\r\nOK\rGRATING?\r\n1\r\nOK\r");
+  EXPECT_EQ(Exchange("FILTER?\r"), "FILTER?\r\n3\r\nOK\r");
+}
+
 TEST_F(ControllerLine, ALineAnsweredByAnErrorWordIsNotCarriedOut) {
   Arm(R"({"command": "MOVETO", "error": "E11"})");
   EXPECT_EQ(Exchange("MOVETO 700\r"), "E11\r");
