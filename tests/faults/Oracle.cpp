@@ -174,7 +174,8 @@ bool Oracle::IsReportedWell(std::size_t i, const SessionResult& session) const {
 }
 
 std::string Oracle::Finding(const SessionResult& session, const Fault& fault) {
-  if (!session.broken.empty()) {
+  // What the instrument says of itself while it is opened is believed.
+  if (!session.broken.empty() || (fault.isLie && session.isOpeningHit)) {
     return session.broken;
   }
   const std::set<std::size_t> open = OpenCalls(session, fault);
@@ -202,7 +203,7 @@ std::string Oracle::Finding(const SessionResult& session, const Fault& fault) {
       return call + (isOpen ? " failed: " : ": ") + finding;
     }
   }
-  return fault.isLie && session.isOpeningHit ? "" : RecordFinding(session, fault, open);
+  return RecordFinding(session, fault, open);
 }
 
 int Oracle::Successes(const SessionResult& session) const {

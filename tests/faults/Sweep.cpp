@@ -82,6 +82,16 @@ bool IsBeingMended(const std::string& fault, const std::string& finding) {
   });
 }
 
+/// Whether a query asks for a text: of the identity, and what an SX keeps that is no number.
+bool IsText(const std::string& query) {
+  constexpr std::pair<int, int> kTexts[] = {{0, 5}, {43, 54}, {82, 87}, {122, 124}};
+  const bool isParameter = query.starts_with("CONFIG_SYSTEM_DATA? ");
+  const int number = isParameter ? std::atoi(query.c_str() + query.find(' ')) : -1;
+  return query.starts_with("SYSTEMINFO?") || query.starts_with("GRATINGS?") || query.starts_with("PERIPHERAL?") ||
+         std::ranges::any_of(kTexts,
+                             [&](const auto& range) { return range.first <= number && number <= range.second; });
+}
+
 std::vector<Fault> AllFaults(const SweepPlan& plan, const SessionResult& sound, const std::vector<std::string>& lines) {
   std::vector<Fault> faults;
   for (std::uint64_t n = 1; plan.disturbsTransfers && n <= sound.transfers.closed; ++n) {
@@ -100,9 +110,10 @@ std::vector<Fault> AllFaults(const SweepPlan& plan, const SessionResult& sound, 
         json reply = json::parse(effect);
         reply["occurrence"] = n;
         reply["repeat"] = fromThenOn;
-        // No byte of a record is such a number.
-        const bool isByte = line.starts_with("SAVEINFO?") && reply.contains("value");
-        faults.push_back({std::string(name) + " \"" + line + "\"", reply, n, fromThenOn, isLie && !isByte});
+        const bool isValue = reply.contains("value");
+        // No byte of a record is such a number; any text is a text.
+        const bool says = isValue && (IsText(line) || (isLie && !line.starts_with("SAVEINFO?")));
+        faults.push_back({std::string(name) + " \"" + line + "\"", reply, n, fromThenOn, says || (isLie && !isValue)});
       }
     }
   }
