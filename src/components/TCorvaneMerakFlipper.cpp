@@ -3,6 +3,7 @@
 #include "components/MerakOperation.h"
 #include "components/TCorvaneMerakStepTurret.h"
 #include "controller/TMerakOrbis.h"
+#include "core/PortLimits.h"
 
 bool TCorvaneMerakFlipper::IsPresent() {
   // The direct and the side port.
@@ -43,8 +44,8 @@ bool TCorvaneMerakFlipper::GetCCDLimits(TPortPosition port, float& low, float& h
   if (!mExit) {
     throw TCorvaneException(kNoDetectorThere);
   }
-  const bool direct = port == kPortPosition0;
-  low = direct ? 180.0F : 0.0F;
-  high = direct ? 1000.0F : 2000.0F;
-  return direct;
+  const corvane::PortLimits& limits = port == kPortPosition0 ? corvane::kDirectPort : corvane::kSidePort;
+  low = limits.low;
+  high = limits.high;
+  return limits.limited;
 }

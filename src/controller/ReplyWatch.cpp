@@ -1,5 +1,6 @@
 #include "controller/ReplyWatch.h"
 
+#include "controller/TimeLimits.h"
 #include "platform/TimeSource.h"
 
 namespace corvane {
@@ -7,12 +8,10 @@ namespace corvane {
 namespace {
 
 constexpr std::uint64_t kMillisecond = 1'000;
-constexpr std::uint64_t kLongReplyLimit = 120'000 * kMillisecond;
-// From a line's first character to its end. It bounds a controller that lets its characters drip. An honest line may
-// pause for the whole reply limit and one read's time-out of 100 s more.
-constexpr std::uint64_t kLongLineLimit = 240'000 * kMillisecond;
-constexpr std::uint64_t kShortReplyLimit = 5'000 * kMillisecond;
-constexpr std::uint64_t kShortSilenceLimit = 1'000 * kMillisecond;
+constexpr std::uint64_t kLongReplyLimit = kLongReplyMs * kMillisecond;
+constexpr std::uint64_t kLongLineLimit = kLongLineMs * kMillisecond;
+constexpr std::uint64_t kShortReplyLimit = kShortReplyMs * kMillisecond;
+constexpr std::uint64_t kShortSilenceLimit = kShortSilenceMs * kMillisecond;
 
 std::uint64_t Now() {
   return Time().MonotonicMicroseconds();

@@ -7,6 +7,7 @@
 #include "controller/MerakWords.h"
 #include "controller/TMerakControlI2C.h"
 #include "controller/TMerakControlUSB.h"
+#include "controller/TimeLimits.h"
 #include "platform/DebugOutput.h"
 #include "platform/TimeSource.h"
 
@@ -18,16 +19,8 @@ using corvane::words::kGreeting;
 constexpr char kLineEnd = TMerakControl::kLineEnd;
 constexpr int kEchoAttempts = 3;
 
-struct Timeouts {
-  unsigned int readMs;
-  unsigned int writeMs;
-};
-constexpr Timeouts kShortTimeouts{100, 100};
-// A grating change or a home run may take long before its "OK".
-constexpr Timeouts kLongTimeouts{100'000, 1'000};
-
-const Timeouts& TimeoutsOf(ReplyWatch::Patience patience) {
-  return patience == ReplyWatch::Patience::kShort ? kShortTimeouts : kLongTimeouts;
+const corvane::TransportTimeouts& TimeoutsOf(ReplyWatch::Patience patience) {
+  return patience == ReplyWatch::Patience::kShort ? corvane::kShortTimeouts : corvane::kLongTimeouts;
 }
 
 // Neither mask has a bit that the bridge acts on: buffers stay as they are, and the echo test drops stale lines.
@@ -105,7 +98,7 @@ void TMerakOrbisCom::HurryIfSilent() {
 MerakResult TMerakOrbisCom::SetTimeouts(ReplyWatch::Patience patience) {
   mPatience = patience;
   if (mTransport != nullptr) {
-    const Timeouts& timeouts = TimeoutsOf(patience);
+    const corvane::TransportTimeouts& timeouts = TimeoutsOf(patience);
     mTransport->SetTimeouts(timeouts.readMs, timeouts.writeMs);
   }
   return merak::kSuccess;

@@ -4,6 +4,8 @@
 #include <initializer_list>
 #include <span>
 
+#include "core/TextLengths.h"
+
 namespace corvane {
 
 namespace {
@@ -21,6 +23,7 @@ struct Field {
 };
 
 constexpr int kKeep = -1;
+constexpr int kLabel = kMaxByteLabelLength;
 constexpr StructureVersion kAlways{};
 constexpr StructureVersion k11{1, 1};
 constexpr StructureVersion k12{1, 2};
@@ -67,7 +70,7 @@ constexpr std::array<Field, kEepromFields> kFields{{
     {{1, 1},     {1, 1},     k12,     NoOfGratings<0>,                         3},      // 20
     {{1, 1},     {1, 1},     k13,     One<&Record::noOfTurrets>,               1},      // 21
     {{1, 1},     {33, 19},   kAlways, kReserved,                               kKeep},  // 22, keeps 23 at 384
-    {{6, 6},     {10, 10},   kAlways, Many<&Record::filterLabels>,             kKeep},  // 23
+    {{6, 6},     {kLabel, kLabel}, kAlways, Many<&Record::filterLabels>,       kKeep},  // 23
     // Turret 2.
     {{3, 3},     {4, 4},     k13,     OfTurret<&Record::gratingOffset, 1>,     kKeep},  // 24
     {{3, 3},     {4, 4},     k13,     OfTurret<&Record::gratingStart, 1>,      kKeep},  // 25

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <string>
 
+#include "core/TextLengths.h"
 #include "legacy/RampedMoveFormat.h"
 
 namespace corvane {
@@ -30,8 +31,8 @@ struct CorvDataValues {
   /// Lines per mm of a grating of which nothing is known.
   static constexpr float kFreshLines = 300.0F;
   /// Longest text of the record and of a filter label.
-  static constexpr std::size_t kMaxText = 239;
-  static constexpr std::size_t kMaxLabel = 9;
+  static constexpr std::size_t kMaxText = kMaxTextLength;
+  static constexpr std::size_t kMaxLabel = kMaxOlderLabelLength;
 
   /// MINDUM, MAXDUM, DELDUM; and the positions a motor may be sent to.
   struct Motion {

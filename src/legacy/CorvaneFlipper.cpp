@@ -3,20 +3,12 @@
 // The mirror turns forward to port 1 and backward to port 0, by the whole travel of its motor. Where it stands is known
 // from the record alone, which may be wrong after a failure: it is sent even to where it is thought to be, which a
 // drive against its stop does no harm to.
+#include "core/PortLimits.h"
 #include "legacy/Corvane.h"
 
 namespace {
 
 constexpr int kMotor = corvane::kFlipperMotor;
-
-struct PortLimits {
-  float low;
-  float high;
-  bool limited;
-};
-// In nm. These instruments store no limits: the values are those of controller instruments.
-constexpr PortLimits kDirectPort{.low = 180.0F, .high = 1000.0F, .limited = true};
-constexpr PortLimits kSidePort{.low = 0.0F, .high = 2000.0F, .limited = false};
 
 }  // namespace
 
@@ -47,7 +39,7 @@ unsigned int Corvane::ResetMirror() {
 }
 
 unsigned int Corvane::GetPortCCDLimits(bool mirror, float& low, float& high, bool& limited) {
-  const PortLimits& limits = mirror ? kDirectPort : kSidePort;
+  const corvane::PortLimits& limits = mirror ? corvane::kDirectPort : corvane::kSidePort;
   low = limits.low;
   high = limits.high;
   limited = limits.limited;

@@ -4,10 +4,11 @@
 #include <cmath>
 #include <limits>
 
+#include "components/optics/Degrees.h"
+
 namespace {
 
 // Double constants, carried on in extended precision.
-constexpr long double kDegreesPerRadian = 57.29577951308232;
 constexpr long double kTwoPi = 6.283185307179586;
 constexpr long double kDegreesPerRevolution = 360.0L;
 
@@ -54,7 +55,7 @@ std::int64_t TStepperWaveToSteps::ToSteps(float x, int offset, int version) cons
   if (!(p >= -1.0F && p <= 1.0F)) {
     return offset;
   }
-  const long double degrees = static_cast<long double>(std::asin(static_cast<double>(p))) * kDegreesPerRadian;
+  const long double degrees = static_cast<long double>(std::asin(static_cast<double>(p))) * corvane::kDegreesPerRadian;
   const long double steps = static_cast<long double>(mTotalSteps) * degrees / kDegreesPerRevolution;
   long double result = offset;
   if (!(std::fabs(x) < 0.001F)) {

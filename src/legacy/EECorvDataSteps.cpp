@@ -5,6 +5,7 @@
 #include <numbers>
 #include <optional>
 
+#include "components/optics/Degrees.h"
 #include "components/optics/ReferenceLines.h"
 #include "legacy/EECorvData.h"
 
@@ -52,9 +53,8 @@ long double Polynomial(const CorvDataValues& values, float x) {
 }
 
 long double DriveAngle(long double sine) {
-  constexpr long double kDegreesPerRadian = 57.29577951308232;
   constexpr long double kDegreesPerTurn = 360.0L;
-  return EECorvData::kStepsPerTurn * kDegreesPerRadian * std::asin(sine) / kDegreesPerTurn;
+  return EECorvData::kStepsPerTurn * corvane::kDegreesPerRadian * std::asin(sine) / kDegreesPerTurn;
 }
 
 }  // namespace
