@@ -55,22 +55,4 @@ TEST_F(VirtualUsbBusTest, AnInterfaceHasOneHolder) {
   EXPECT_EQ(libusb_claim_interface(second.get(), 0), 0) << "a closed file holds nothing";
 }
 
-TEST_F(VirtualUsbBusTest, ANumberedOperationFailsOnceOrFromThenOn) {
-  LoopbackPeer peer;
-  const UsbHandle handle = OpenClaimed(mBus.Plug({}, {&peer}));
-  mBus.ForgetOperations();
-  const auto sweep = [&](const UsbFault& fault) {
-    mBus.SetFault(fault);
-    return WriteBytes(handle, 4);
-  };
-  using Effect = UsbFault::Effect;
-  EXPECT_THAT(sweep({.effect = Effect::kSubmitFails, .operation = 2, .kinds = UsbFault::kBulkOut}),
-              ElementsAre(1, LIBUSB_ERROR_IO, 1, 1));
-  EXPECT_THAT(sweep({.effect = Effect::kCompletionFails, .operation = 3, .fromThenOn = true, .error = EPROTO}),
-              ElementsAre(1, 1, LIBUSB_ERROR_IO, LIBUSB_ERROR_IO));
-  EXPECT_EQ(mBus.FaultHits(), 2U);
-  EXPECT_THAT(sweep({.effect = Effect::kSubmitFails, .operation = 1, .kinds = UsbFault::kBulkIn}), Each(1));
-  EXPECT_EQ(mBus.Operations(), 12U);
-}
-
 }  // namespace

@@ -2,85 +2,58 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <functional>
 #include <future>
 
 #include "FtBusFixture.h"
 #include "LibusbSeam.h"
 
-using namespace std::chrono_literals;
-
 namespace {
-
-/// What a child found wrong first.
-enum Finding : int {
-  kNone,
-  kHandleLives,
-  kHandleComesAgain,
-  kParentsDeviceTouched,
-  kDevicesNotListed,
-  kOwnDeviceFails,
-  kArgumentsBeforeStart,
-  kArgumentsNotChecked
-};
 
 class FtForkTest : public corvane::FtBusTest {
  protected:
-  static int InChild(const std::function<Finding()>& body) {
+  /// The child prints what it finds wrong.
+  static void InChild(const std::function<void()>& body) {
     const pid_t child = fork();
     if (child == 0) {
       alarm(20);  // a call that does not come back
-      _exit(body());
+      body();
+      _exit(HasFailure() ? 1 : 0);
     }
-    int status = 0;
+    int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
-    return WEXITSTATUS(status);
+    EXPECT_EQ(status, 0) << "by its exit code or signal";
   }
 };
 
 TEST_F(FtForkTest, AChildHasNoneOfItsParentsDevicesAndOpensItsOwn) {
+  constexpr std::size_t readsAndTheWrite = 5;
   auto& chip = PlugEcho();
   FT_HANDLE const handle = Open(0, 0, 0);
   PlugEcho({.serialNumber = "FREE"});
   auto read = std::async(std::launch::async, [&] { return Read(handle, 2); });
   chip.Hold(BridgeChip::OutEndpoint(0), true);
   auto write = std::async(std::launch::async, [&] { Write(handle, {1, 2}); });
-  constexpr std::size_t kReadsAndTheWrite = 5;
-  EXPECT_TRUE(Eventually([&] { return mBus.PendingTransfers() == kReadsAndTheWrite; }));
-
-  EXPECT_EQ(InChild([&] {
-              std::uint8_t byte = 7;
-              DWORD count = 0;
-              mBus.ForgetOperations();
-              if (FT_Read(handle, &byte, 1, &count) != FT_INVALID_HANDLE ||
-                  FT_Purge(handle, FT_PURGE_RX) != FT_INVALID_HANDLE || FT_Close(handle) != FT_INVALID_HANDLE) {
-                return kHandleLives;
-              }
-              if (mBus.Operations() != 0 || mBus.PendingTransfers() != kReadsAndTheWrite) {
-                return kParentsDeviceTouched;
-              }
-              if (FT_ListDevices(&count, nullptr, FT_LIST_NUMBER_ONLY) != FT_OK || count != 2) {
-                return kDevicesNotListed;
-              }
-              FT_HANDLE own = nullptr;
-              std::string name = "FREE";
-              if (FT_OpenEx(name.data(), FT_OPEN_BY_SERIAL_NUMBER, &own) != FT_OK || own == nullptr) {
-                return kOwnDeviceFails;
-              }
-              if (own == handle) {
-                return kHandleComesAgain;
-              }
-              FT_SetTimeouts(own, 2000, 2000);
-              if (FT_Write(own, &byte, 1, &count) != FT_OK || FT_Read(own, &byte, 1, &count) != FT_OK || count != 1 ||
-                  FT_Close(own) != FT_OK) {
-                return kOwnDeviceFails;
-              }
-              return kNone;
-            }),
-            kNone);
-
+  EXPECT_TRUE(Eventually([&] { return mBus.PendingTransfers() == readsAndTheWrite; }));
+  InChild([&] {
+    mBus.ForgetOperations();
+    DWORD count = 0;
+    EXPECT_EQ(FT_Read(handle, &count, 1, &count), FT_INVALID_HANDLE);
+    EXPECT_EQ(FT_Purge(handle, FT_PURGE_RX), FT_INVALID_HANDLE);
+    EXPECT_EQ(FT_Close(handle), FT_INVALID_HANDLE);
+    EXPECT_EQ(mBus.Operations(), 0U);
+    EXPECT_EQ(mBus.PendingTransfers(), readsAndTheWrite);
+    EXPECT_EQ(FT_ListDevices(&count, nullptr, FT_LIST_NUMBER_ONLY), FT_OK);
+    EXPECT_EQ(count, 2U);
+    FT_HANDLE own = nullptr;
+    std::string name = "FREE";
+    EXPECT_EQ(FT_OpenEx(name.data(), FT_OPEN_BY_SERIAL_NUMBER, &own), FT_OK);
+    EXPECT_NE(own, handle);
+    EXPECT_EQ(FT_SetTimeouts(own, 2000, 2000), FT_OK);
+    Write(own, {7});
+    EXPECT_EQ(Read(own, 1), (Bytes{7}));
+    EXPECT_EQ(FT_Close(own), FT_OK);
+  });
   chip.Hold(BridgeChip::OutEndpoint(0), false);
   write.get();
   EXPECT_EQ(read.get(), (Bytes{1, 2}));
@@ -88,16 +61,13 @@ TEST_F(FtForkTest, AChildHasNoneOfItsParentsDevicesAndOpensItsOwn) {
 
 TEST_F(FtForkTest, ListingLooksAtItsArgumentsAfterLibusbHasStarted) {
   // A child begins anew, whatever was called before.
-  EXPECT_EQ(InChild([] {
-              corvane::gLibusb.refuseStart = true;
-              if (FT_ListDevices(nullptr, nullptr, FT_LIST_NUMBER_ONLY) != FT_OTHER_ERROR ||
-                  FT_ListDevices(nullptr, nullptr, 0) != FT_OTHER_ERROR) {
-                return kArgumentsBeforeStart;
-              }
-              corvane::gLibusb.refuseStart = false;
-              return FT_ListDevices(nullptr, nullptr, 0) == FT_INVALID_PARAMETER ? kNone : kArgumentsNotChecked;
-            }),
-            kNone);
+  InChild([] {
+    corvane::gLibusb.refuseStart = true;
+    EXPECT_EQ(FT_ListDevices(nullptr, nullptr, FT_LIST_NUMBER_ONLY), FT_OTHER_ERROR);
+    EXPECT_EQ(FT_ListDevices(nullptr, nullptr, 0), FT_OTHER_ERROR);
+    corvane::gLibusb.refuseStart = false;
+    EXPECT_EQ(FT_ListDevices(nullptr, nullptr, 0), FT_INVALID_PARAMETER);
+  });
 }
 
 }  // namespace

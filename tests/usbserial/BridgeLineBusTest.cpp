@@ -1,6 +1,5 @@
 // Line settings, modem lines, latency, bit modes and EEPROM words: what each function sends to which kind of chip.
 #include <array>
-#include <chrono>
 #include <cstring>
 #include <functional>
 
@@ -26,9 +25,15 @@ class FtLineTest : public corvane::FtBusTest {
   }
 };
 
-TEST_F(FtLineTest, EveryFunctionSendsItsRequests) {
+TEST_F(FtLineTest, EveryFunctionSendsItsRequestsAndTellsWhatTheChipAnswers) {
   auto& chip = Plug({.eepromWords = 8});
   FT_HANDLE const handle = Open();
+  chip.SetModemStatus(0, FT_MODEM_CTS | FT_MODEM_DCD, FT_LINE_BREAK >> 8);
+  chip.SetPins(0, 0x3C);
+  WORD word = 0;
+  UCHAR latency = 0;
+  UCHAR pins = 0;
+  ULONG modem = 0;
   std::array<UCHAR, 3> bytes{};
   Check(
       handle, chip,
@@ -55,42 +60,26 @@ TEST_F(FtLineTest, EveryFunctionSendsItsRequests) {
        {[](auto h) { return FT_SetDataCharacteristics(h, 8, 0, 5); }, "", FT_INVALID_PARAMETER},
        {[](auto h) { return FT_SetChars(h, 'e', 1, 'x', 0); }, "event-char 165@0, error-char 78@0"},
        {[](auto h) { return FT_SetLatencyTimer(h, 40); }, "set-latency 28@0"},
+       {[&](auto h) { return FT_GetLatencyTimer(h, &latency); }, "get-latency 0@0"},
+       {[&](auto h) { return FT_GetModemStatus(h, &modem); }, "status 0@0"},
+       {[&](auto h) { return FT_GetBitMode(h, &pins); }, "get-pins 0@0"},
        {[](auto h) { return FT_SetBitMode(h, 0xA5, 0x20); }, "set-pins 20A5@0"},
        {[](auto h) { return FT_WriteEE(h, 7, 0xABCD); }, "write-ee ABCD@7"},
+       {[&](auto h) { return FT_ReadEE(h, 7, &word); }, "read-ee 0@7"},
+       {[&](auto h) { return FT_ReadEE(h, 9, &word); }, "read-ee 0@9", FT_EEPROM_READ_FAILED},
        {[](auto h) { return FT_WriteEE(h, 8, 1); }, "write-ee 1@8", FT_EEPROM_WRITE_FAILED},
        {[](auto h) { return FT_WriteEE(h, 0x10000, 1); }, "", FT_INVALID_PARAMETER},
        {[](auto h) { return FT_VendorRequest(9, 3, 0, nullptr, 0, 0x40, h); }, "set-latency 3@0"},
        {[](auto h) { return FT_VendorRequest(9, 3, 0, nullptr, 1, 0x40, h); }, "", FT_INVALID_PARAMETER},
-       // Sent, and a failure: bytes were transferred.
-       {[&](auto h) { return FT_VendorRequest(4, 8, 0, bytes.data(), 2, 0x40, h); }, "line 8@0", FT_IO_ERROR}});
-  EXPECT_EQ(FT_EraseEE(handle), FT_OK);
-  EXPECT_EQ(chip.Eeprom()[7], 0xFFFF);
-}
-
-TEST_F(FtLineTest, WhatTheChipAnswersReachesTheCaller) {
-  auto& chip = Plug({.eepromWords = 8});
-  FT_HANDLE const handle = Open();
-  ASSERT_EQ(FT_SetLatencyTimer(handle, 40), FT_OK);
-  ASSERT_EQ(FT_WriteEE(handle, 7, 0xABCD), FT_OK);
-  chip.SetModemStatus(0, FT_MODEM_CTS | FT_MODEM_DCD, FT_LINE_BREAK >> 8);
-  chip.SetPins(0, 0x3C);
-  WORD word = 0;
-  UCHAR latency = 0;
-  UCHAR pins = 0;
-  ULONG modem = 0;
-  std::array<UCHAR, 3> bytes{};
-  Check(handle, chip,
-        {{[&](auto h) { return FT_GetModemStatus(h, &modem); }, "status 0@0"},
-         {[&](auto h) { return FT_GetLatencyTimer(h, &latency); }, "get-latency 0@0"},
-         {[&](auto h) { return FT_GetBitMode(h, &pins); }, "get-pins 0@0"},
-         {[&](auto h) { return FT_ReadEE(h, 7, &word); }, "read-ee 0@7"},
-         {[&](auto h) { return FT_ReadEE(h, 9, &word); }, "read-ee 0@9", FT_EEPROM_READ_FAILED},
-         // Two bytes come.
-         {[&](auto h) { return FT_VendorRequest(5, 0, 0, bytes.data(), 3, 0xC0, h); }, "status 0@0", FT_IO_ERROR}});
+       // Sent, and a failure: bytes were transferred, or fewer came.
+       {[&](auto h) { return FT_VendorRequest(4, 8, 0, bytes.data(), 2, 0x40, h); }, "line 8@0", FT_IO_ERROR},
+       {[&](auto h) { return FT_VendorRequest(5, 0, 0, bytes.data(), 3, 0xC0, h); }, "status 0@0", FT_IO_ERROR}});
   EXPECT_EQ(modem, FT_MODEM_CTS | FT_MODEM_DCD | FT_LINE_BREAK);
   EXPECT_EQ(latency, 40);
   EXPECT_EQ(pins, 0x3C);
   EXPECT_EQ(word, 0xABCD);
+  EXPECT_EQ(FT_EraseEE(handle), FT_OK);
+  EXPECT_EQ(chip.Eeprom()[7], 0xFFFF);
 }
 
 TEST_F(FtLineTest, ARequestThatFailsLeavesItsOutputAndTheRememberedLineAsTheyWere) {
@@ -133,85 +122,27 @@ TEST_F(FtLineTest, TheIndexWordAndTheClockFollowTheKindOfChip) {
     auto& chip = Plug(kind.options);
     FT_HANDLE const handle = Open(kind.channel);
     UCHAR latency = 0;
+    const auto later = [&](const std::string& request) { return kind.later ? request + kind.port : ""; };
+    const FT_STATUS status = kind.later ? FT_OK : FT_NOT_SUPPORTED;
     Check(handle, chip,
           {{[](auto h) { return FT_SetBaudRate(h, 9600); }, kind.low},
            {[](auto h) { return FT_SetBaudRate(h, 224'299); }, kind.high},
-           {FT_SetDtr, "modem 101" + kind.port}});
-    if (kind.later) {
-      Check(handle, chip,
-            {{[](auto h) { return FT_SetBitMode(h, 0, 0); }, "set-pins 0" + kind.port},
-             {[&](auto h) { return FT_GetLatencyTimer(h, &latency); }, "get-latency 0" + kind.port},
-             {[](auto h) { return FT_SetLatencyTimer(h, 9); }, "set-latency 9" + kind.port}});
-      EXPECT_EQ(latency, BridgeChannel::kDefaultLatency);
-    } else {
-      Check(handle, chip,
-            {{[](auto h) { return FT_SetBitMode(h, 0, 0); }, "", FT_NOT_SUPPORTED},
-             {[&](auto h) { return FT_GetLatencyTimer(h, &latency); }, "", FT_NOT_SUPPORTED},
-             {[](auto h) { return FT_SetLatencyTimer(h, 9); }, "", FT_NOT_SUPPORTED}});
-      EXPECT_EQ(latency, 0);
-    }
+           {FT_SetDtr, "modem 101" + kind.port},
+           {[](auto h) { return FT_SetBitMode(h, 0, 0); }, later("set-pins 0"), status},
+           {[&](auto h) { return FT_GetLatencyTimer(h, &latency); }, later("get-latency 0"), status},
+           {[](auto h) { return FT_SetLatencyTimer(h, 9); }, later("set-latency 9"), status}});
+    EXPECT_EQ(latency, kind.later ? BridgeChannel::kDefaultLatency : 0);
     EXPECT_EQ(FT_Close(handle), FT_OK);
     Unplug(chip);
   }
 }
 
-TEST_F(FtLineTest, AReplyWaitsForTheEndOfALatencyPeriodUnlessItHasTheEventCharacter) {
-  constexpr int exchanges = 4;
-  constexpr auto latency = std::chrono::milliseconds(250);
-  ScriptedPeer peer;
-  peer.OnRequest("?", "value\r");
-  Plug({}, {&peer});
-  FT_HANDLE const handle = Open();
-  ASSERT_EQ(FT_SetLatencyTimer(handle, static_cast<UCHAR>(latency.count())), FT_OK);
-  const auto duration = [&] {
-    const auto begin = Clock::now();
-    for (int i = 0; i < exchanges; ++i) {
-      Write(handle, {'?'});
-      EXPECT_EQ(Read(handle, 6), (Bytes{'v', 'a', 'l', 'u', 'e', '\r'}));
-    }
-    return Clock::now() - begin;
-  };
-  const auto waiting = duration();
-  ASSERT_EQ(FT_SetChars(handle, '\r', 1, 0, 0), FT_OK);
-  const auto atOnce = duration();
-  EXPECT_GE(waiting, latency * (exchanges - 1) - std::chrono::milliseconds(10));  // the first comes in mid-period
-  EXPECT_LT(atOnce, waiting);
-  EXPECT_EQ(FT_Close(handle), FT_OK);
-}
-
-/// Through the functions in the form of serial port calls.
-class FtSerialPortTest : public FtLineTest {
- protected:
-  void SetUp() override {
-    mChip = &PlugEcho({.serialNumber = "CV9"});
-    mHandle = FT_W32_CreateFile("CV9", 0, 0, nullptr, 0, 0x80 | FT_OPEN_BY_SERIAL_NUMBER, nullptr);
-    ASSERT_NE(mHandle, nullptr);
-    Requests(*mChip);
-  }
-  void TearDown() override {
-    EXPECT_EQ(FT_W32_CloseHandle(mHandle), 1);
-    FtLineTest::TearDown();
-  }
-
-  void SetReadTimeout(DWORD milliseconds) {
-    FTTIMEOUTS timeouts{0, 0, milliseconds, 0, 2000};
-    ASSERT_EQ(FT_W32_SetCommTimeouts(mHandle, &timeouts), 1);
-  }
-
-  void WriteFour() {
-    std::array<char, 4> text{'a', 'b', 'c', 'd'};
-    DWORD written = 0;
-    ASSERT_EQ(FT_W32_WriteFile(mHandle, text.data(), 4, &written, nullptr), 1);
-    ASSERT_EQ(written, text.size());
-  }
-
-  BridgeChip* mChip = nullptr;
-  FT_HANDLE mHandle = nullptr;
-};
-
-TEST_F(FtSerialPortTest, TheStateIsSentAndToldAgain) {
+TEST_F(FtLineTest, TheStateOfASerialPortIsSentAndToldAgain) {
+  auto& chip = Plug({.serialNumber = "CV9"});
+  FT_HANDLE const handle = FT_W32_CreateFile("CV9", 0, 0, nullptr, 0, 0x80 | FT_OPEN_BY_SERIAL_NUMBER, nullptr);
+  Requests(chip);
   FTDCB state{};
-  ASSERT_EQ(FT_W32_GetCommState(mHandle, &state), 1);
+  ASSERT_EQ(FT_W32_GetCommState(handle, &state), 1);
   EXPECT_EQ(state.BaudRate, 9600U);
   state.BaudRate = 38400;
   state.ByteSize = FT_BITS_7;
@@ -222,46 +153,47 @@ TEST_F(FtSerialPortTest, TheStateIsSentAndToldAgain) {
   state.fRtsControl = FT_CONTROL_HANDSHAKE;
   state.fDtrControl = FT_CONTROL_ENABLE;
   state.EvtChar = '\r';
-  ASSERT_EQ(FT_W32_SetCommState(mHandle, &state), 1);
-  EXPECT_EQ(Requests(*mChip),
+  ASSERT_EQ(FT_W32_SetCommState(handle, &state), 1);
+  EXPECT_EQ(Requests(chip),
             "baud C04E@0, line 1107@0, modem 101@0, flow 0@100, modem 202@0, event-char 10D@0, error-char 0@0");
   FTDCB again{};
-  ASSERT_EQ(FT_W32_GetCommState(mHandle, &again), 1);
+  ASSERT_EQ(FT_W32_GetCommState(handle, &again), 1);
   EXPECT_EQ(std::memcmp(&again, &state, sizeof(state)), 0);
+  EXPECT_EQ(FT_W32_CloseHandle(handle), 1);
 }
 
-TEST_F(FtSerialPortTest, AReadEndsAtItsTimeoutWithWhatThereIs) {
-  SetReadTimeout(20);
-  WriteFour();
-  AwaitQueued(mHandle, 4);
-  std::array<char, 5> text{};
-  DWORD received = 0;
-  EXPECT_EQ(FT_W32_ReadFile(mHandle, text.data(), 5, &received, nullptr), 1);
-  EXPECT_EQ(received, 4U);
+TEST_F(FtLineTest, ASerialPortReadsAndWritesInItsTimeAndTellsItsStatus) {
+  PlugEcho();
+  FT_HANDLE const handle = Open(0, 0, 0);
+  FTTIMEOUTS timeouts{0, 0, 20, 0, 2000};
+  ASSERT_EQ(FT_W32_SetCommTimeouts(handle, &timeouts), 1);
+  std::array<char, 5> text{"abcd"};
+  DWORD count = 0;
+  EXPECT_EQ(FT_W32_WriteFile(handle, text.data(), 4, &count, nullptr), 1);
+  EXPECT_EQ(count, 4U);
+  AwaitQueued(handle, 4);
+  text = {};
+  EXPECT_EQ(FT_W32_ReadFile(handle, text.data(), 5, &count, nullptr), 1);
+  EXPECT_EQ(count, 4U);
   EXPECT_STREQ(text.data(), "abcd");
+  EXPECT_EQ(FT_W32_ReadFile(handle, text.data(), 1, &count, reinterpret_cast<LPOVERLAPPED>(&timeouts)), 0);
+  EXPECT_EQ(FT_W32_GetLastError(handle), FT_NOT_SUPPORTED);
+  EXPECT_EQ(FT_W32_EscapeCommFunction(handle, 99), 0);
+  EXPECT_EQ(FT_W32_GetLastError(handle), FT_INVALID_PARAMETER);
 }
 
 // The packets that tell of it come every 16 ms, and later on a machine that is busy: the wait has no time-out.
-TEST_F(FtSerialPortTest, AnErrorOfTheLineIsWaitedForAndTold) {
-  ASSERT_EQ(FT_W32_SetCommMask(mHandle, FT_EVENT_LINE_STATUS), 1);
-  SetReadTimeout(0);
-  mChip->SetModemStatus(0, 0, FT_LINE_PARITY >> 8);
+TEST_F(FtLineTest, AnErrorOfTheLineIsWaitedForAndTold) {
+  auto& chip = Plug();
+  FT_HANDLE const handle = Open(0, 0);
+  ASSERT_EQ(FT_W32_SetCommMask(handle, FT_EVENT_LINE_STATUS), 1);
+  chip.SetModemStatus(0, 0, FT_LINE_PARITY >> 8);
   ULONG event = 0;
-  EXPECT_EQ(FT_W32_WaitCommEvent(mHandle, &event, nullptr), 1);
+  EXPECT_EQ(FT_W32_WaitCommEvent(handle, &event, nullptr), 1);
   EXPECT_EQ(event, FT_EVENT_LINE_STATUS);
   DWORD errors = 0;
-  EXPECT_EQ(FT_W32_ClearCommError(mHandle, &errors, nullptr), 1);
+  EXPECT_EQ(FT_W32_ClearCommError(handle, &errors, nullptr), 1);
   EXPECT_EQ(errors, FT_LINE_PARITY >> 8);
-}
-
-TEST_F(FtSerialPortTest, ACallThatFailsLeavesItsStatus) {
-  char byte = 0;
-  DWORD received = 0;
-  int overlapped = 0;
-  EXPECT_EQ(FT_W32_ReadFile(mHandle, &byte, 1, &received, reinterpret_cast<LPOVERLAPPED>(&overlapped)), 0);
-  EXPECT_EQ(FT_W32_GetLastError(mHandle), FT_NOT_SUPPORTED);
-  EXPECT_EQ(FT_W32_EscapeCommFunction(mHandle, 99), 0);
-  EXPECT_EQ(FT_W32_GetLastError(mHandle), FT_INVALID_PARAMETER);
 }
 
 }  // namespace

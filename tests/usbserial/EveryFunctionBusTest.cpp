@@ -40,10 +40,21 @@ struct Row {
   std::function<long(const Args&)> call;
 };
 
-#define CALL(name, good, bad, null, ...)                                                                        \
-  Row {                                                                                                         \
-#name, good, bad, null, []([[maybe_unused]] const Args& a) { return static_cast<long>(name(__VA_ARGS__)); } \
+long Number(long answer) {
+  return answer;
+}
+// A call that opens answers a handle.
+constexpr long kNoDevice = 0;
+long Number(FT_HANDLE handle) {
+  return handle == nullptr ? kNoDevice : 1;
+}
+
+#define CALL(name, good, bad, null, ...)                                                             \
+  Row {                                                                                              \
+#name, good, bad, null, []([[maybe_unused]] const Args& a) { return Number(name(__VA_ARGS__)); } \
   }
+#define ASK(name, ...) CALL(name, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, __VA_ARGS__)
+#define LACKING(name, ...) CALL(name, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, __VA_ARGS__)
 #define FREE(name, good, null, ...) CALL(name, good, good, null, __VA_ARGS__)
 #define PLAIN(name, ...) CALL(name, FT_OK, FT_INVALID_HANDLE, FT_OK, a.h __VA_OPT__(, ) __VA_ARGS__)
 
@@ -57,12 +68,6 @@ long Left(FT_HANDLE handle, BOOL answer) {
 #name, good, FT_INVALID_HANDLE, null,                                             \
         [](const Args& a) { return Left(a.h, name(a.h __VA_OPT__(, ) __VA_ARGS__)); } \
   }
-
-// A serial port call that opens answers a handle.
-constexpr long kNoDevice = 0;
-long Opened(FT_HANDLE handle) {
-  return handle == nullptr ? kNoDevice : 1;
-}
 
 const std::vector<Row>& Rows() {
   static const std::vector<Row> rows{
@@ -80,7 +85,7 @@ const std::vector<Row>& Rows() {
       FREE(FT_ListDevices, FT_OK, FT_INVALID_PARAMETER, a.p, nullptr, FT_LIST_NUMBER_ONLY),
       FREE(FT_Open, FT_DEVICE_NOT_OPENED, FT_INVALID_PARAMETER, 0, a.p),
       FREE(FT_OpenEx, FT_DEVICE_NOT_FOUND, FT_INVALID_PARAMETER, a.p, FT_OPEN_BY_SERIAL_NUMBER, a.p),
-      Row{"FT_SetVIDPID", 0, 0, 0, [](const Args&) { return static_cast<long>(FT_SetVIDPID(0, 0)); }},
+      FREE(FT_SetVIDPID, FT_OK, FT_OK, 0, 0),
       PLAIN(FT_Close),
       PLAIN(FT_ClrDtr),
       PLAIN(FT_ClrRts),
@@ -108,48 +113,40 @@ const std::vector<Row>& Rows() {
       PLAIN(FT_SetWaitMask, 7),
       PLAIN(FT_StopInTask),
       PLAIN(FT_WriteEE, 3, 0x1234),
-      CALL(FT_GetBitMode, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
+      ASK(FT_GetBitMode, a.p),
       CALL(FT_GetDeviceInfo, FT_OK, FT_INVALID_HANDLE, FT_OK, a.h, a.p, a.p, a.p, a.p, nullptr),
-      CALL(FT_GetDeviceLocId, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_GetDriverVersion, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_GetEventStatus, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_GetLatencyTimer, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_GetModemStatus, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_GetQueueStatus, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_GetQueueStatusEx, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_GetStatus, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, a.p, a.p),
-      CALL(FT_Read, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, 1, a.p),
-      CALL(FT_ReadEE, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, 3, a.p),
+      ASK(FT_GetDeviceLocId, a.p),
+      ASK(FT_GetDriverVersion, a.p),
+      ASK(FT_GetEventStatus, a.p),
+      ASK(FT_GetLatencyTimer, a.p),
+      ASK(FT_GetModemStatus, a.p),
+      ASK(FT_GetQueueStatus, a.p),
+      ASK(FT_GetQueueStatusEx, a.p),
+      ASK(FT_GetStatus, a.p, a.p, a.p),
+      ASK(FT_Read, a.p, 1, a.p),
+      ASK(FT_ReadEE, 3, a.p),
       // Not kept: the bytes of an output are no event.
-      CALL(FT_SetEventNotification, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p.to == nullptr ? 7 : 0,
-           a.p),
+      ASK(FT_SetEventNotification, a.p.to == nullptr ? 7 : 0, a.p),
       CALL(FT_VendorRequest, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, 5, 0, 0, a.p, 2, 0xC0, a.h),
-      CALL(FT_WaitOnMask, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_Write, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, 1, a.p),
-      CALL(FT_WriteMultiThread, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, 1, a.p),
-      CALL(FT_WriteSingleThread, FT_OK, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, 1, a.p),
-      CALL(FT_EEPROM_Program, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, 1, a.p, a.p, a.p,
-           a.p),
-      CALL(FT_EEPROM_Read, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, 1, a.p, a.p, a.p, a.p),
-      CALL(FT_EE_Program, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_EE_ProgramEx, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, a.p, a.p, a.p, a.p),
-      CALL(FT_EE_Read, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_EE_ReadConfig, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, 0, a.p),
-      CALL(FT_EE_ReadECC, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, 0, a.p),
-      CALL(FT_EE_ReadEx, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, a.p, a.p, a.p, a.p),
-      CALL(FT_EE_UARead, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, 1, a.p),
-      CALL(FT_EE_UASize, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p),
-      CALL(FT_EE_UAWrite, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, a.p, 1),
+      ASK(FT_WaitOnMask, a.p),
+      ASK(FT_Write, a.p, 1, a.p),
+      ASK(FT_WriteMultiThread, a.p, 1, a.p),
+      ASK(FT_WriteSingleThread, a.p, 1, a.p),
+      LACKING(FT_EEPROM_Program, a.p, 1, a.p, a.p, a.p, a.p),
+      LACKING(FT_EEPROM_Read, a.p, 1, a.p, a.p, a.p, a.p),
+      LACKING(FT_EE_Program, a.p),
+      LACKING(FT_EE_ProgramEx, a.p, a.p, a.p, a.p, a.p),
+      LACKING(FT_EE_Read, a.p),
+      LACKING(FT_EE_ReadConfig, 0, a.p),
+      LACKING(FT_EE_ReadECC, 0, a.p),
+      LACKING(FT_EE_ReadEx, a.p, a.p, a.p, a.p, a.p),
+      LACKING(FT_EE_UARead, a.p, 1, a.p),
+      LACKING(FT_EE_UASize, a.p),
+      LACKING(FT_EE_UAWrite, a.p, 1),
       CALL(FT_EE_WriteConfig, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_NOT_SUPPORTED, a.h, 0, 0),
-      CALL(FT_IoCtl, FT_NOT_SUPPORTED, FT_INVALID_HANDLE, FT_INVALID_PARAMETER, a.h, 0, a.p, 1, a.p, 1, a.p, nullptr),
-      Row{"FT_W32_CreateFile", kNoDevice, kNoDevice, kNoDevice,
-          [](const Args& a) {
-            return Opened(FT_W32_CreateFile(a.p, 0, 0, nullptr, 0, FT_OPEN_BY_DESCRIPTION, nullptr));
-          }},
-      Row{"FT_W32_OpenFile", kNoDevice, kNoDevice, kNoDevice,
-          [](const Args& a) {
-            return Opened(FT_W32_OpenFile(a.p, 0, 0, nullptr, 0, FT_OPEN_BY_SERIAL_NUMBER, nullptr));
-          }},
+      LACKING(FT_IoCtl, 0, a.p, 1, a.p, 1, a.p, nullptr),
+      FREE(FT_W32_CreateFile, kNoDevice, kNoDevice, a.p, 0, 0, nullptr, 0, FT_OPEN_BY_DESCRIPTION, nullptr),
+      FREE(FT_W32_OpenFile, kNoDevice, kNoDevice, a.p, 0, 0, nullptr, 0, FT_OPEN_BY_SERIAL_NUMBER, nullptr),
       CALL(FT_W32_CloseHandle, 1, 0, 1, a.h),
       CALL(FT_W32_GetLastError, FT_OK, FT_INVALID_HANDLE, FT_OK, a.h),
       SERIAL(FT_W32_ClearCommBreak, FT_OK, FT_OK),

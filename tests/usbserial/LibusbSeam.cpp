@@ -26,13 +26,11 @@ Function* Real(const char* name) {
 std::mutex gMutex;
 std::map<const libusb_transfer*, libusb_transfer_cb_fn> gCallbacks;
 
-libusb_transfer_cb_fn CallbackOf(const libusb_transfer* transfer) {
-  const std::lock_guard lock(gMutex);
-  return gCallbacks.at(transfer);
-}
-
 void LIBUSB_CALL CallAndStay(libusb_transfer* transfer) {
-  CallbackOf(transfer)(transfer);
+  std::unique_lock lock(gMutex);
+  const libusb_transfer_cb_fn callback = gCallbacks.at(transfer);
+  lock.unlock();
+  callback(transfer);
   std::this_thread::sleep_for(gLibusb.holdBehindCallback.load());
 }
 
@@ -69,26 +67,21 @@ IN_THE_PLACE_OF_LIBUSB int libusb_cancel_transfer(libusb_transfer* transfer) {
   return gLibusb.loseCancels ? LIBUSB_SUCCESS : real(transfer);
 }
 
-IN_THE_PLACE_OF_LIBUSB int libusb_control_transfer(libusb_device_handle* /*handle*/, uint8_t /*type*/,
-                                                   uint8_t /*request*/, uint16_t /*value*/, uint16_t /*index*/,
-                                                   unsigned char* /*data*/, uint16_t /*length*/,
-                                                   unsigned int /*timeout*/) {
+IN_THE_PLACE_OF_LIBUSB int libusb_control_transfer(libusb_device_handle*, uint8_t, uint8_t, uint16_t, uint16_t,
+                                                   unsigned char*, uint16_t, unsigned int) {
   return Synchronous("libusb_control_transfer");
 }
 
-IN_THE_PLACE_OF_LIBUSB int libusb_bulk_transfer(libusb_device_handle* /*handle*/, unsigned char /*endpoint*/,
-                                                unsigned char* /*data*/, int /*length*/, int* /*moved*/,
-                                                unsigned int /*timeout*/) {
+IN_THE_PLACE_OF_LIBUSB int libusb_bulk_transfer(libusb_device_handle*, unsigned char, unsigned char*, int, int*,
+                                                unsigned int) {
   return Synchronous("libusb_bulk_transfer");
 }
 
-IN_THE_PLACE_OF_LIBUSB int libusb_interrupt_transfer(libusb_device_handle* /*handle*/, unsigned char /*endpoint*/,
-                                                     unsigned char* /*data*/, int /*length*/, int* /*moved*/,
-                                                     unsigned int /*timeout*/) {
+IN_THE_PLACE_OF_LIBUSB int libusb_interrupt_transfer(libusb_device_handle*, unsigned char, unsigned char*, int, int*,
+                                                     unsigned int) {
   return Synchronous("libusb_interrupt_transfer");
 }
 
-IN_THE_PLACE_OF_LIBUSB int libusb_get_string_descriptor_ascii(libusb_device_handle* /*handle*/, uint8_t /*index*/,
-                                                              unsigned char* /*data*/, int /*length*/) {
+IN_THE_PLACE_OF_LIBUSB int libusb_get_string_descriptor_ascii(libusb_device_handle*, uint8_t, unsigned char*, int) {
   return Synchronous("libusb_get_string_descriptor_ascii");
 }
