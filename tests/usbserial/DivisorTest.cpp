@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <set>
 #include <string>
 
 #include "usbserial/ftd2xx.h"
@@ -27,7 +26,7 @@ enum Kind { kOldest, kLater, kFast };
 constexpr std::array<std::array<long, 2>, 8> kCodes{
     {{0, 0}, {0xC000, 0}, {0x8000, 0}, {0, 1}, {0x4000, 0}, {0x4000, 1}, {0x8000, 1}, {0xC000, 1}}};
 
-Figures Expected(Kind kind, const std::string& eighths, std::uint64_t baud, std::set<char>& seen) {
+Figures Expected(Kind kind, const std::string& eighths, std::uint64_t baud) {
   const bool fast = kind == kFast;
   const std::uint64_t base = fast ? 12'000'000 : 3'000'000;
   if (baud == 0 || base / baud >= 16384) {
@@ -43,7 +42,6 @@ Figures Expected(Kind kind, const std::string& eighths, std::uint64_t baud, std:
     whole = 0;
     eighth = '0';
   }
-  seen.insert(eighth);
   const bool inexact = eighth == '-';
   const auto& [code, bit] = kCodes[inexact ? 0 : static_cast<std::size_t>(eighth - '0')];
   const long index = bit | (fast ? 2 : 0);
@@ -90,18 +88,16 @@ class DivisorTest : public testing::TestWithParam<Kind> {};
 TEST_P(DivisorTest, EveryRateHasTheDivisorOfItsFraction) {
   const Kind kind = GetParam();
   const std::string eighths = Eighths(kind != kOldest);
-  std::set<char> seen;
-  const auto check = [&](ULONG baud) { ASSERT_EQ(Expected(kind, eighths, baud, seen), Actual(kind, baud)) << baud; };
+  const auto check = [&](ULONG baud) { ASSERT_EQ(Expected(kind, eighths, baud), Actual(kind, baud)) << baud; };
   // Every rate up to 4,000,000, then in steps; the ends of the fastest rates; a rate as large as can be.
   for (ULONG baud = 0; baud <= 12'500'000 && !HasFailure(); baud += baud < 4'000'000 ? 1 : 37) {
     check(baud);
   }
-  for (const ULONG begin : {7'760'000, 8'240'001, 11'538'462, 11'640'000, 12'360'001}) {
+  for (const ULONG begin : {7'760'000U, 8'240'001U, 11'538'462U, 11'640'000U, 12'360'001U}) {
     check(begin - 1);
     check(begin);
   }
   check(0xFFFFFFFF);
-  EXPECT_EQ(seen.size(), kind == kOldest ? 5U : 9U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, DivisorTest, testing::Values(kOldest, kLater, kFast));

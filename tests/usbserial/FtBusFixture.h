@@ -9,6 +9,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <list>
 #include <map>
 #include <sstream>
@@ -53,6 +54,10 @@ class FtBusTest : public testing::Test {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return condition();
+  }
+
+  static std::ptrdiff_t Entries(const char* folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), {});
   }
 
   BridgeChip& Plug(const BridgeChip::Options& options = {}, const std::vector<ISerialPeer*>& peers = {}) {
