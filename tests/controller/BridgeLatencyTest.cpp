@@ -19,14 +19,6 @@ std::string RemarkFor(const char* text) {
   return transport.Remark();
 }
 
-TEST(BridgeLatency, IsNotSetUnlessAskedFor) {
-  ScriptedBridge bridge;
-  bridge.Add();
-  TMerakControlUSB transport;
-  EXPECT_EQ(transport.Open(0), FT_OK);
-  EXPECT_EQ(transport.Remark(), "");
-}
-
 TEST(BridgeLatency, AValueThatIsNoneIsIgnoredWithARemark) {
   for (const char* const text : {"", "0", "256", "-1", "1.5", "2ms", " 2", "fast"}) {
     EXPECT_EQ(RemarkFor(text), std::string("LAT- Ignored : ") + text);

@@ -21,9 +21,6 @@ class ScriptedBus final : public TI2CInterface {
   /// What the bursts wrote, and the lengths of those read.
   std::vector<std::string> bursts;
   std::vector<long> reads;
-  /// Returned by every transfer; both 0 and the camera SDK's own 20002 are success.
-  unsigned int readStatus = 20002;
-  unsigned int writeStatus = 20002;
   /// No controller at the address: bursts bring the bus's idle level.
   bool absent = false;
 
@@ -42,13 +39,13 @@ class ScriptedBus final : public TI2CInterface {
         output += responder(std::exchange(mLine, {}));
       }
     }
-    return writeStatus;
+    return kSuccess;
   }
 
   unsigned int BurstRead(unsigned char address, long count, unsigned char* data) override {
     reads.push_back(count);
-    if (address != kAddress || (readStatus != 0 && readStatus != 20002)) {
-      return address != kAddress ? 1 : readStatus;
+    if (address != kAddress) {
+      return 1;
     }
     const auto length = static_cast<std::size_t>(count);
     std::fill_n(data, length, static_cast<unsigned char>(absent ? 0xFF : 0));
@@ -59,10 +56,11 @@ class ScriptedBus final : public TI2CInterface {
       std::copy_n(output.begin(), taken, data + 1);
       output.erase(0, taken);
     }
-    return readStatus;
+    return kSuccess;
   }
 
  private:
+  static constexpr unsigned int kSuccess = 20002;  // the camera SDK's own; 0 is success as well
   static constexpr unsigned char kAddress = 0x58;
   std::string mLine;
 };

@@ -76,8 +76,6 @@ TEST_F(TMerakOrbisEeprom, ACloseWritesTheRecordAndForgetsIt) {
   EXPECT_EQ(mOrbis->Close(), merak::kSuccess);
   EXPECT_EQ(mInstrument.eeprom.TextAt(31, 5), std::string("CV99\0", 5));
   EXPECT_EQ(mOrbis->GetSerialNumber(), "");
-  EXPECT_EQ(mOrbis->GetFocalLength(), 0.0F);
-  EXPECT_EQ(mOrbis->SetFocalLength(1.0F), merak::kDeviceNotOpen);
   EXPECT_EQ(mOrbis->WriteEeprom(), merak::kDeviceNotOpen);
   float value = 9.0F;
   EXPECT_EQ(mOrbis->ReadOpticalParamsFromEEPROM(&value, nullptr, nullptr), merak::kDeviceNotOpen);

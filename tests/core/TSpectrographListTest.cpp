@@ -145,15 +145,6 @@ TEST_F(SpectrographList, OlderInstrumentsComeFirstEachWithItsDriverAndItsCamera)
   }
 }
 
-TEST_F(SpectrographList, AnInstrumentIsHomedAndDrivenBackAlone) {
-  mGlobal->AddController(std::make_unique<FakeCameras>(Buses{&mFirst, &mSecond}));
-  TSpectrographList list(std::make_unique<TCorvaneI2CControl>(std::move(mGlobal)));
-  list.GetDevice(1)->Initialise();
-  EXPECT_TRUE(mFirst.TakeMoves().empty());
-  EXPECT_EQ(mSecond.TakeMoves().front(), "0+480000h");
-  EXPECT_NEAR(mSecond.State()["wavelength"].get<double>(), 500.0, 0.1);
-}
-
 TEST_F(SpectrographList, AControllerIsBidFarewellAndClosedBeforeTheCamerasGo) {
   const ScriptedBridge::Device& device = mBridge.Add(ScriptedBridge::kSxProduct, mController);
   std::string lastLine;

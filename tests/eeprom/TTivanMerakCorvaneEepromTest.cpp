@@ -343,15 +343,6 @@ TEST_F(ReadRecord, AnActiveTurretIsWrittenEvenWhenItIsTheSame) {
   EXPECT_EQ(mImage.writes, std::vector<int>{kActiveTurret});
 }
 
-TEST_F(ReadRecord, ARefusedTurretLeavesTheOldOne) {
-  mImage.FailAt({kActiveTurret}, false, merak::kInvalidParameter);
-  EXPECT_EQ(mRecord.SetActiveTurret(2), merak::kInvalidParameter);
-  EXPECT_EQ(mRecord.GetActiveTurret(), 1);
-  mImage.Reset();
-  mRecord.Write();
-  EXPECT_EQ(mImage.At(kActiveTurret), 1);
-}
-
 TEST(TTivanMerakCorvaneEeprom, ActiveTurretIsStoredAlsoWhereTheStructureHasOneTurret) {
   EepromImage image = Instrument("1.2");
   Record record(image);
