@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "ScriptedBus.h"
 #include "controller/TMerakControlI2C.h"
@@ -158,6 +160,25 @@ TEST(TMerakControlUSB, LeavesTheMakersProductInTheBridgesTable) {
   // The bridge has room for one pair, so the order decides.
   EXPECT_THAT(bridge.products,
               ElementsAre(ScriptedBridge::kSecondLxProduct, ScriptedBridge::kLxProduct, ScriptedBridge::kSxProduct));
+}
+
+// The bridge is without a latency timer.
+TEST(TMerakControlUSB, RemarksWhatBecameOfALatencyThatWasAskedFor) {
+  const struct {
+    std::vector<const char*> texts;
+    std::string remark;
+  } rows[] = {{{"1", "255"}, "LAT- Err : 17"}, {{"", "0", "256", "-1", "1.5", "2ms", " 2", "fast"}, "LAT- Ignored : "}};
+  for (const auto& [texts, remark] : rows) {
+    for (const char* const text : texts) {
+      ScriptedBridge bridge;
+      bridge.Add();
+      TMerakControlUSB transport;
+      setenv("CORVANE_USB_LATENCY_MS", text, 1);
+      EXPECT_EQ(transport.Open(0), FT_OK) << text;
+      unsetenv("CORVANE_USB_LATENCY_MS");
+      EXPECT_EQ(transport.Remark(), remark + (texts.size() > 2 ? text : "")) << text;
+    }
+  }
 }
 
 class TMerakOrbisComTest : public testing::Test {
