@@ -135,18 +135,23 @@ TEST_F(TMerakOrbisTest, AControllerStaysOpenUnidentifiedButNotUngreeted) {
   EXPECT_FALSE(mDevice.isOpen);
 }
 
-TEST_F(TMerakOrbisTest, SystemInformationIsSplitIntoFieldsAndClearedFirst) {
+TEST_F(TMerakOrbisTest, SystemInformationIsSplitIntoFieldsAndClearedByEveryQuestion) {
+  Open("Tivan,LX,c,d,V3.5");
+  mOrbis.Close();
+  EXPECT_EQ(mOrbis.GetFirmwareVersion(), 3.5F) << "outlives a close";
   TMerakOrbis::SystemInfo info{"a", "b", "c", "d", "e"};
   EXPECT_EQ(mOrbis.GetSystemInfoEx(info), merak::kDeviceNotOpen);
   EXPECT_EQ(info.manufacturer, "");
   EXPECT_EQ(info.firmware, "");
-  Open();
+  EXPECT_EQ(mOrbis.GetFirmwareVersion(), 0.0F);
+  Open("Tivan,LX,c,d,V3.5");
   mController.SetValue("SYSTEMINFO", "Maker,,Model\nSerial");
   EXPECT_EQ(mOrbis.GetSystemInfoEx(info), merak::kSuccess);
   EXPECT_EQ(info.manufacturer, "Maker");
   EXPECT_EQ(info.model, "Model");
   EXPECT_EQ(info.serialNumber, "Serial");
   EXPECT_EQ(info.fourth, "");
+  EXPECT_EQ(mOrbis.GetFirmwareVersion(), 0.0F);
 }
 
 TEST_F(TMerakOrbisTest, AFieldIsCutToTheBufferOfItsCaller) {
@@ -158,19 +163,6 @@ TEST_F(TMerakOrbisTest, AFieldIsCutToTheBufferOfItsCaller) {
             merak::kSuccess);
   EXPECT_EQ(std::string(out[0].data(), out[0].size()), std::string(kLength, 'm') + std::string("\0#", 2));
   EXPECT_STREQ(out[4].data(), "V3.5");
-}
-
-TEST_F(TMerakOrbisTest, TheFirmwareVersionOutlivesACloseButNoQuestionThatDoesNotTellIt) {
-  Open("Tivan,LX,c,d,V3.5");
-  mOrbis.Close();
-  EXPECT_EQ(mOrbis.GetFirmwareVersion(), 3.5F);
-  TMerakOrbis::SystemInfo info;
-  EXPECT_EQ(mOrbis.GetSystemInfoEx(info), merak::kDeviceNotOpen);
-  EXPECT_EQ(mOrbis.GetFirmwareVersion(), 0.0F);
-  Open("Tivan,LX,c,d,V3.5");
-  mController.SetValue("SYSTEMINFO", "Tivan,LX");
-  EXPECT_EQ(mOrbis.GetSystemInfoEx(info), merak::kSuccess);
-  EXPECT_EQ(mOrbis.GetFirmwareVersion(), 0.0F);
 }
 
 TEST_F(TMerakOrbisTest, AReplyThatNamesNoGratingIsAFailureAndNotRemembered) {
