@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <functional>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "ScriptedBus.h"
 #include "controller/TMerakControlI2C.h"
@@ -164,20 +164,19 @@ TEST(TMerakControlUSB, LeavesTheMakersProductInTheBridgesTable) {
 
 // The bridge is without a latency timer.
 TEST(TMerakControlUSB, RemarksWhatBecameOfALatencyThatWasAskedFor) {
-  const struct {
-    std::vector<const char*> texts;
-    std::string remark;
-  } rows[] = {{{"1", "255"}, "LAT- Err : 17"}, {{"", "0", "256", "-1", "1.5", "2ms", " 2", "fast"}, "LAT- Ignored : "}};
-  for (const auto& [texts, remark] : rows) {
-    for (const char* const text : texts) {
-      ScriptedBridge bridge;
-      bridge.Add();
-      TMerakControlUSB transport;
-      setenv("CORVANE_USB_LATENCY_MS", text, 1);
-      EXPECT_EQ(transport.Open(0), FT_OK) << text;
-      unsetenv("CORVANE_USB_LATENCY_MS");
-      EXPECT_EQ(transport.Remark(), remark + (texts.size() > 2 ? text : "")) << text;
-    }
+  const std::pair<const char*, std::string> remarks[] = {
+      {"1", "LAT- Err : 17"},         {"255", "LAT- Err : 17"},      {"", "LAT- Ignored : "},
+      {"0", "LAT- Ignored : 0"},      {"256", "LAT- Ignored : 256"}, {"-1", "LAT- Ignored : -1"},
+      {"1.5", "LAT- Ignored : 1.5"},  {"2ms", "LAT- Ignored : 2ms"}, {" 2", "LAT- Ignored :  2"},
+      {"fast", "LAT- Ignored : fast"}};
+  for (const auto& [text, remark] : remarks) {
+    ScriptedBridge bridge;
+    bridge.Add();
+    TMerakControlUSB transport;
+    setenv("CORVANE_USB_LATENCY_MS", text, 1);
+    EXPECT_EQ(transport.Open(0), FT_OK) << text;
+    unsetenv("CORVANE_USB_LATENCY_MS");
+    EXPECT_EQ(transport.Remark(), remark) << text;
   }
 }
 

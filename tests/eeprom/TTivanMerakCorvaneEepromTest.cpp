@@ -291,9 +291,10 @@ TEST_F(ReadRecord, AWavelengthIsWrittenAtOnceWhenItsBitsDiffer) {
 
 TEST_F(ReadRecord, AWavelengthOfWhichOnlyAPartArrivedIsWrittenByTheNextCallOrAtTheEnd) {
   const EepromImage before = mImage;
+  float wavelength = 100.1F;
   for (const bool silent : {false, true}) {
     for (const bool called : {false, true}) {
-      const float wavelength = 100.1F + (silent ? 20.0F : 0.0F) + (called ? 3.0F : 0.0F);
+      wavelength += 22.2F;
       mImage.FailAt({kCurrentWavelength + 2}, silent);
       EXPECT_EQ(mRecord.SetCurrentWavelength(wavelength), merak::kIoError);
       EXPECT_EQ(mRecord.SetCurrentWavelength(wavelength), merak::kIoError);
