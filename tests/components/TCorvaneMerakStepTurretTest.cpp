@@ -91,54 +91,21 @@ TEST_F(StepTurret, PortsThatCannotBeReadDoNotKeepTheWavelengthFromBeingSet) {
   EXPECT_EQ(mController->GetCurrentWavelength(), 1200.0F);
 }
 
-TEST_F(StepTurret, APositionThatCannotBeReadMovesAndStoresNothing) {
-  const struct {
-    const char *value, *line;  ///< the value of the reply, or all of it
-    MerakResult result;
-  } replies[] = {{"garbage", "", merak::kIoError},
-                 {"", "", merak::kIoError},
-                 {"-1", "", merak::kIoError},
-                 {"36000", "", merak::kIoError},
-                 // Replies without the query's echo, which the third time are taken for an empty one.
-                 {"", "OK\rOK\rOK", merak::kIoError},
-                 {"", "E10", merak::kCoarseTurretError}};
-  for (const auto& [value, line, result] : replies) {
-    SCOPED_TRACE(std::string(value) + line);
-    Turret();
-    mInstrument.values["Step"] = value;
-    if (*line != '\0') {
-      mInstrument.errors["Step"] = line;
-    }
-    int grating = 77;
-    EXPECT_NE(Turret().GetGrating(grating), merak::kSuccess);
-    EXPECT_EQ(grating, 77);
-    EXPECT_NE(Turret().SetWavelength(1200.0F), merak::kSuccess);
-    EXPECT_EQ(mController->GetCurrentWavelength(), 600.0F);
-    EXPECT_NE(Turret().SetGratingOffset(1, 40), merak::kSuccess);
-    EXPECT_EQ(mController->GetActiveTurretGratingOffset(0), 0);
-    mController->SetDetectorOffset(0, 0, 0);
-    EXPECT_EQ(Turret().SetDetectorOffset(0, 0, 60), result);
-    EXPECT_EQ(TakeMove(), "");
-  }
-}
-
-TEST_F(StepTurret, WithoutTheNumberOfStepsNothingIsMovedOrStored) {
-  SetStarts(-200, 0, 100);
+TEST_F(StepTurret, NumbersThatNameNoPositionAreFailures) {
   Turret();
-  for (const char* value : {"", "garbage", "0", "-36000", "4000000000"}) {
-    SCOPED_TRACE(value);
-    mInstrument.values["TOTALSTEPS"] = value;
+  const std::pair<const char*, const char*> numbers[] = {
+      {"Step", "garbage"}, {"Step", "-1"},           {"Step", "36000"},           {"TOTALSTEPS", "garbage"},
+      {"TOTALSTEPS", "0"}, {"TOTALSTEPS", "-36000"}, {"TOTALSTEPS", "4000000000"}};
+  for (const auto& [word, value] : numbers) {
+    SCOPED_TRACE(std::string(word) + " " + value);
+    const std::string sound = std::exchange(mInstrument.values[word], value);
     int grating = 77;
     EXPECT_EQ(Turret().GetGrating(grating), merak::kIoError);
     EXPECT_EQ(grating, 77);
-    EXPECT_EQ(Turret().SetWavelength(1200.0F), merak::kIoError);
-    EXPECT_EQ(Turret().SetGrating(2, TMCorvaneGratingStrategy::kKeepWavelength), merak::kIoError);
-    EXPECT_EQ(Turret().SetGrating(1, TMCorvaneGratingStrategy::kGoHome), merak::kIoError);
-    EXPECT_EQ(Turret().SetGratingOffset(2, 40), merak::kIoError);
     EXPECT_EQ(Turret().SetDetectorOffset(0, 0, 60), merak::kIoError);
+    mController->SetDetectorOffset(0, 0, 0);
     EXPECT_EQ(TakeMove(), "");
-    EXPECT_EQ(mController->GetCurrentWavelength(), 600.0F);
-    EXPECT_EQ(mController->GetActiveTurretGratingOffset(1), 0);
+    mInstrument.values[word] = sound;
   }
 }
 
@@ -287,20 +254,21 @@ TEST(TStepperWaveToSteps, StaysAtTheZeroPositionWithHostileNumbers) {
   }
 }
 
-TEST(TStepperWaveToSteps, SineCorrectionChangesSignWithTheStructure) {
-  EXPECT_EQ(Steps({1200.0F, 500, 1, 36000, 10.0F, kQuarter, kEndless}), 3510);
-  EXPECT_EQ(Steps({1200.0F, 500, 2, 36000, 10.0F, kQuarter, kEndless}), 3490);
-}
-
-TEST(TStepperWaveToSteps, OnlyTheOlderStructureIsCutAtTheZeroPosition) {
-  EXPECT_EQ(Steps({1200.0F, 500, 1, 36000, -4000.0F, kQuarter, kEndless}), 500);
-  EXPECT_EQ(Steps({1200.0F, 500, 2, 36000, 4000.0F, kQuarter, kEndless}), -500);
-  EXPECT_EQ(Steps({.x = -1200.0F, .offset = 500, .version = 1}), 500);
-}
-
-TEST(TStepperWaveToSteps, PeriodOfTheSineCorrectionIsInSteps) {
-  EXPECT_EQ(Steps({1200.0F, 0, 1, 36000, 10.0F, 0.0F, 12000.0F}), 3010) << "3000 steps are a quarter of it";
-  EXPECT_EQ(Steps({1200.0F, 0, 1, 36000, 10.0F, 1.0F, 0.0F}), 3000) << "without a period there is no correction";
+TEST(TStepperWaveToSteps, SineCorrectionFollowsTheStructureAndItsPeriodInSteps) {
+  const std::pair<Conversion, std::int64_t> cases[] = {
+      {{1200.0F, 500, 1, 36000, 10.0F, kQuarter, kEndless}, 3510},
+      {{1200.0F, 500, 2, 36000, 10.0F, kQuarter, kEndless}, 3490},
+      // The older structure alone is cut at the zero position.
+      {{1200.0F, 500, 1, 36000, -4000.0F, kQuarter, kEndless}, 500},
+      {{1200.0F, 500, 2, 36000, 4000.0F, kQuarter, kEndless}, -500},
+      {{.x = -1200.0F, .offset = 500, .version = 1}, 500},
+      // 3000 steps are a quarter of the period; without one there is no correction.
+      {{1200.0F, 0, 1, 36000, 10.0F, 0.0F, 12000.0F}, 3010},
+      {{1200.0F, 0, 1, 36000, 10.0F, 1.0F, 0.0F}, 3000},
+  };
+  for (const auto& [conversion, steps] : cases) {
+    EXPECT_EQ(Steps(conversion), steps);
+  }
 }
 
 TEST(TStepperWaveToSteps, PolynomialIsSummedInSinglePrecisionFromTheConstantUp) {
