@@ -118,10 +118,6 @@ TEST_F(SdkComponents, KeepWhatSucceededLast) {
   shutter.SetExternalShutter(1);
   mBus.answers = kPresenceTest;
   EXPECT_EQ(ThrownBy([&] { shutter.SetExternalShutter(0); }), kFailureCode);
-  float length = 180.0F;
-  float angle = 0.0F;
-  EXPECT_EQ(ThrownBy([&] { mHardware.GetEepromInterface()->GetOpticalParams(length, angle, angle); }), kFailureCode);
-  EXPECT_EQ(length, 180.0F);
   mBus.answers = mBus.kAlways;
   EXPECT_EQ(shutter.GetExternalShutter(), 1);
 }

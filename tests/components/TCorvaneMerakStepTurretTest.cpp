@@ -78,12 +78,6 @@ TEST_F(StepTurret, WavelengthFollowsGratingPortsAndStructure) {
   EXPECT_EQ(TakeMove(), "Step_abs 15110") << "one entrance only, and the correction is added";
 }
 
-TEST_F(StepTurret, AFailedMoveKeepsTheWavelength) {
-  mInstrument.errors["Step_abs"] = "E10";
-  EXPECT_EQ(Turret().SetWavelength(500.0F), merak::kCoarseTurretError);
-  EXPECT_EQ(mController->GetCurrentWavelength(), 600.0F);
-}
-
 TEST_F(StepTurret, PortsThatCannotBeReadDoNotKeepTheWavelengthFromBeingSet) {
   Turret();
   mInstrument.errors = {{"EXITPORT", "E04"}, {"ENTRANCEPORT", "E04"}};

@@ -187,16 +187,6 @@ TEST_F(MerakParts, AreBusyWhileTheyMoveAndThrowARefusalWhenTheyAreIdleAgain) {
   }
 }
 
-TEST_F(MerakParts, RepliesWithoutANumberThrow) {
-  for (const Operation& operation : Operations()) {
-    const std::size_t mark = operation.line.find('?');
-    if (mark != std::string::npos) {
-      mInstrument.values[operation.line.substr(0, mark)] = "no number";
-      EXPECT_EQ(ThrownBy(operation.call), merak::kIoError) << operation.line;
-    }
-  }
-}
-
 TEST_F(MerakParts, ArePresentAsTheListSays) {
   const std::pair<std::string, TDeviceServer*> parts[] = {
       {"SI1 ", &SlitAt(0)},     {"SI2 ", &SlitAt(1)}, {"SO1 ", &SlitAt(2)}, {"SO2 ", &SlitAt(3)},
