@@ -12,7 +12,6 @@
 #include <new>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "components/TCorvaneMerakSlit.h"
 #include "components/TCorvaneMerakStepTurret.h"
@@ -133,31 +132,6 @@ class MerakParts : public testing::Test {
   }
   Slit& SlitAt(int position) { return *mHardware.GetSlitInterface(static_cast<Slit::TSlitPosition>(position)); }
 
-  struct Operation {
-    std::string line;          ///< the last that it sends
-    TBusyDeviceServer* moves;  ///< null: nothing moves
-    std::function<void()> call;
-  };
-  std::vector<Operation> Operations() {
-    return {
-        {"MOVETO 550.0000", &wavelength, [&] { wavelength.SetWavelength(550.0F); }},
-        {"GRATING 2", &grating, [&] { grating.SetGrating(1); }},
-        {"GRATINGHOME", &grating, [&] { grating.Reset(); }},
-        {"SLIT_WIDTH 4, 2147483647", &SlitAt(1), [&] { SlitAt(1).SetSlit(1e30F); }},
-        {"SLITHOME 2", &SlitAt(3), [&] { SlitAt(3).UnsafeReset(); }},
-        {"SLIT_MODE 3,FAST", nullptr, [&] { SlitAt(2).SetSlitMode("FAST"); }},
-        {"EXITPORT 0", &exit, [&] { exit.SetFlipperPort(static_cast<Flipper::TPortPosition>(2)); }},
-        {"ENTRANCEPORT?", nullptr, [&] { entrance.GetPort(); }},
-        {"FILTER 5", &filter, [&] { filter.SetFilter(4); }},
-        {"FILTER?", nullptr, [&] { filter.GetFilter(); }},
-        {"MOVE_FOCUS 1,2147483648", &focus, [&] { focus.SetMirrorFocus(INT_MIN); }},
-        {"FOCUS_HOME", &focus, [&] { focus.Reset(); }},
-        {"FOCUS?", nullptr, [&] { focus.GetMirrorFocus(); }},
-        {"PORT_OUTPUT 1", nullptr, [&] { accessory.SetAccessory(0, true); }},
-        {"PORT_INPUT?", nullptr, [&] { accessory.GetAccessoryState(1); }},
-    };
-  }
-
   Instrument mInstrument;
   TMerakHardware mHardware{ConnectFitted(mInstrument)};
   TMerakSpectrographDevice& device = static_cast<TMerakSpectrographDevice&>(*mHardware.GetSpectrographDevice());
@@ -171,18 +145,32 @@ class MerakParts : public testing::Test {
 };
 
 TEST_F(MerakParts, AreBusyWhileTheyMoveAndThrowARefusalWhenTheyAreIdleAgain) {
-  for (const Operation& operation : Operations()) {
-    const Lines expected = operation.moves != nullptr ? Lines{"busy", "idle"} : Lines{};
-    BusyLog log(operation.moves != nullptr ? *operation.moves : SlitAt(0));
+  const struct {
+    std::string line;  ///< the last that it sends
+    TBusyDeviceServer& part;
+    std::function<void()> move;
+  } moves[] = {
+      {"MOVETO 550.0000", wavelength, [&] { wavelength.SetWavelength(550.0F); }},
+      {"GRATING 2", grating, [&] { grating.SetGrating(1); }},
+      {"GRATINGHOME", grating, [&] { grating.Reset(); }},
+      {"SLIT_WIDTH 4, 2147483647", SlitAt(1), [&] { SlitAt(1).SetSlit(1e30F); }},
+      {"SLITHOME 2", SlitAt(3), [&] { SlitAt(3).UnsafeReset(); }},
+      {"EXITPORT 0", exit, [&] { exit.SetFlipperPort(static_cast<Flipper::TPortPosition>(2)); }},
+      {"FILTER 5", filter, [&] { filter.SetFilter(4); }},
+      {"MOVE_FOCUS 1,2147483648", focus, [&] { focus.SetMirrorFocus(INT_MIN); }},
+      {"FOCUS_HOME", focus, [&] { focus.Reset(); }},
+  };
+  for (const auto& [line, part, move] : moves) {
+    BusyLog log(part);
     for (const bool refused : {false, true}) {
-      SCOPED_TRACE(operation.line + (refused ? " refused" : ""));
+      SCOPED_TRACE(line + (refused ? " refused" : ""));
       mInstrument.errors.clear();
       if (refused) {
-        mInstrument.errors[operation.line] = kRefusal;
+        mInstrument.errors[line] = kRefusal;
       }
-      EXPECT_EQ(ThrownBy(operation.call), refused ? kRefused : merak::kSuccess);
-      EXPECT_EQ(mInstrument.Take().back(), operation.line);
-      EXPECT_EQ(log.Take(), expected);
+      EXPECT_EQ(ThrownBy(move), refused ? kRefused : merak::kSuccess);
+      EXPECT_EQ(mInstrument.Take().back(), line);
+      EXPECT_EQ(log.Take(), (Lines{"busy", "idle"}));
     }
   }
 }
@@ -218,7 +206,11 @@ TEST_F(MerakParts, APartThatIsNotFittedIsNotBusyAndDoesNotMoveWithoutAController
   EXPECT_EQ(ThrownBy([&] { focus.SetMirrorFocus(5); }), merak::kDeviceNotOpen);
 }
 
-TEST_F(MerakParts, ThereIsNoFifthSlit) {
+TEST_F(MerakParts, ASlitTakesItsModeWithoutBeingBusyAndThereIsNoFifth) {
+  BusyLog log(SlitAt(2));
+  SlitAt(2).SetSlitMode("FAST");
+  EXPECT_EQ(mInstrument.Take(), Lines{"SLIT_MODE 3,FAST"});
+  EXPECT_EQ(log.Take(), Lines{});
   EXPECT_THROW(TCorvaneMerakSlit(*gblMerakOrbis, static_cast<Slit::TSlitPosition>(4)), TCorvaneException);
 }
 
