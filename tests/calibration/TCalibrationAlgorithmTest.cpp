@@ -235,10 +235,9 @@ TEST(CalibrationAlgorithm, ReversePairsThePixelsWithMirroredSamples) {
   in.reverse = true;
   ASSERT_EQ(Algorithm::kSuccess, in.Fit(reversed));
   // Samples: 1, 129, ..., 897, 1024 (from 1025).
-  const std::vector<int> pixels{1, 129, 257, 385, 513, 641, 769, 897, 1024};
+  const std::vector<float> pixels{1, 129, 257, 385, 513, 641, 769, 897, 1024};
   for (std::size_t i = 0; i < pixels.size(); ++i) {
-    EXPECT_NEAR(plain.ValueFor(static_cast<float>(pixels[i])),
-                reversed.ValueFor(static_cast<float>(pixels[pixels.size() - 1 - i])), 0.03F);
+    EXPECT_NEAR(plain.ValueFor(pixels[i]), reversed.ValueFor(pixels[pixels.size() - 1 - i]), 0.03F);
   }
 }
 

@@ -136,20 +136,18 @@ TEST_F(Camera, DetectorIsAskedEachTimeAndAFailureLeavesTheOutputAlone) {
   float width = 1.0F;
   float height = 2.0F;
   int count = 3;
+  const auto expect = [&](unsigned int status, float expectedWidth, float expectedHeight, int expectedCount) {
+    EXPECT_EQ(status, mDetector.GetPixelWidth(width));
+    EXPECT_EQ(status, mDetector.GetPixelHeight(height));
+    EXPECT_EQ(status, mDetector.GetNumberOfPixels(count));
+    EXPECT_EQ(expectedWidth, width);
+    EXPECT_EQ(expectedHeight, height);
+    EXPECT_EQ(expectedCount, count);
+  };
   mDirectory.Write("detector-fails", "");
-  EXPECT_EQ(TSDKDetectorInterface::kFailure, mDetector.GetPixelWidth(width));
-  EXPECT_EQ(TSDKDetectorInterface::kFailure, mDetector.GetPixelHeight(height));
-  EXPECT_EQ(TSDKDetectorInterface::kFailure, mDetector.GetNumberOfPixels(count));
-  EXPECT_EQ(1.0F, width);
-  EXPECT_EQ(2.0F, height);
-  EXPECT_EQ(3, count);
+  expect(TSDKDetectorInterface::kFailure, 1.0F, 2.0F, 3);
   std::filesystem::remove("detector-fails");
-  EXPECT_EQ(TDetectorInterface::kSuccess, mDetector.GetPixelWidth(width));
-  EXPECT_EQ(TDetectorInterface::kSuccess, mDetector.GetPixelHeight(height));
-  EXPECT_EQ(TDetectorInterface::kSuccess, mDetector.GetNumberOfPixels(count));
-  EXPECT_EQ(13.5F, width);
-  EXPECT_EQ(20.0F, height);
-  EXPECT_EQ(1024, count);
+  expect(TDetectorInterface::kSuccess, 13.5F, 20.0F, 1024);
 }
 
 }  // namespace

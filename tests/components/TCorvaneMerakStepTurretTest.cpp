@@ -175,8 +175,6 @@ TEST_F(StepTurret, PortsAndGratingsThatDoNotExistAreRefused) {
   for (const int bad : {-1, 2}) {
     EXPECT_EQ(Turret().SetDetectorOffset(bad, 0, 1), merak::kInvalidParameter) << bad;
     EXPECT_EQ(Turret().SetDetectorOffset(0, bad, 1), merak::kInvalidParameter) << bad;
-    EXPECT_EQ(Turret().SetCurrentExitPort(bad), merak::kInvalidParameter) << bad;
-    EXPECT_EQ(Turret().SetCurrentEntrancePort(bad), merak::kInvalidParameter) << bad;
   }
   for (const int bad : {0, 4, 255, std::numeric_limits<int>::max()}) {
     EXPECT_EQ(Turret().SetGrating(bad, TMCorvaneGratingStrategy::kGoHome), merak::kUnknownError) << bad;

@@ -196,14 +196,11 @@ TEST_F(MerakParts, ArePresentAsTheListSays) {
   }
 }
 
-TEST_F(MerakParts, APartThatIsNotFittedIsNotBusyAndDoesNotMoveWithoutAController) {
+TEST_F(MerakParts, APartThatIsNotFittedIsNotBusy) {
   mInstrument.values["PERIPHERAL"] = "";
   BusyLog log(filter);
   filter.SetFilter(1);
   EXPECT_EQ(log.Take(), Lines{});
-  device.GetMerakOrbis().Close();
-  EXPECT_EQ(focus.GetMirrorFocus(), 0);
-  EXPECT_EQ(ThrownBy([&] { focus.SetMirrorFocus(5); }), merak::kDeviceNotOpen);
 }
 
 TEST_F(MerakParts, ASlitTakesItsModeWithoutBeingBusyAndThereIsNoFifth) {
