@@ -42,6 +42,16 @@ class Gratings : public testing::Test {
   std::unique_ptr<TMerakWavelength> mWavelength;
 };
 
+TEST_F(Gratings, SelectionFollowsTheFlagAtEveryCall) {
+  Grating();
+  Controller().SetWaveToStepsEnable(1);
+  Grating().Reset();
+  EXPECT_EQ(mInstrument.Take().at(3), "Step_abs 100");
+  Controller().SetWaveToStepsEnable(0);
+  Grating().Reset();
+  EXPECT_EQ(mInstrument.Take(), (Lines{"GRATING 1", "GRATINGHOME"}));
+}
+
 TEST_F(Gratings, ARefusedGratingIsNotHomed) {
   mInstrument.errors["GRATING"] = "E06";
   EXPECT_EQ(ThrownBy([&] { Grating().UnsafeReset(); }), merak::kInvalidParameter);

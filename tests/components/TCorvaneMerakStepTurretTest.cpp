@@ -78,6 +78,12 @@ TEST_F(StepTurret, WavelengthFollowsGratingPortsAndStructure) {
   EXPECT_EQ(TakeMove(), "Step_abs 15110") << "one entrance only, and the correction is added";
 }
 
+TEST_F(StepTurret, AFailedMoveKeepsTheWavelength) {
+  mInstrument.errors["Step_abs"] = "E10";
+  EXPECT_EQ(Turret().SetWavelength(500.0F), merak::kCoarseTurretError);
+  EXPECT_EQ(mController->GetCurrentWavelength(), 600.0F);
+}
+
 TEST_F(StepTurret, PortsThatCannotBeReadDoNotKeepTheWavelengthFromBeingSet) {
   Turret();
   mInstrument.errors = {{"EXITPORT", "E04"}, {"ENTRANCEPORT", "E04"}};
@@ -96,6 +102,8 @@ TEST_F(StepTurret, NumbersThatNameNoPositionAreFailures) {
     int grating = 77;
     EXPECT_EQ(Turret().GetGrating(grating), merak::kIoError);
     EXPECT_EQ(grating, 77);
+    EXPECT_EQ(Turret().SetGratingOffset(1, 40), merak::kIoError);
+    EXPECT_EQ(mController->GetActiveTurretGratingOffset(0), 0) << "not stored";
     EXPECT_EQ(Turret().SetDetectorOffset(0, 0, 60), merak::kIoError);
     mController->SetDetectorOffset(0, 0, 0);
     EXPECT_EQ(TakeMove(), "");
