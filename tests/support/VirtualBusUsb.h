@@ -4,13 +4,9 @@
 
 #include <libusb.h>
 
-#include <algorithm>
-#include <cstdint>
+#include <cstddef>
 #include <functional>
 #include <memory>
-#include <span>
-#include <string>
-#include <vector>
 
 #include "bridge/BridgeChip.h"
 #include "bridge/VirtualUsbBus.h"
@@ -64,18 +60,6 @@ inline UsbHandle OpenUsb(const UsbContext& context, const VirtualUsbBus& bus, co
     *result = status;
   }
   return UsbHandle(handle);
-}
-
-/// The payload of an IN transfer: every packet without its two status bytes.
-inline std::vector<std::uint8_t> Payload(std::span<const std::uint8_t> transfer, std::size_t packetSize) {
-  std::vector<std::uint8_t> payload;
-  while (!transfer.empty()) {
-    const auto packet = transfer.first(std::min(packetSize, transfer.size()));
-    const auto data = packet.subspan(std::min<std::size_t>(2, packet.size()));
-    payload.insert(payload.end(), data.begin(), data.end());
-    transfer = transfer.subspan(packet.size());
-  }
-  return payload;
 }
 
 }  // namespace corvane

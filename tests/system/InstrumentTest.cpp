@@ -345,6 +345,42 @@ TEST_F(Instrument, AnSxOnATurretThatItsRecordDoesNotListHasNoStartsAndOffsets) {
   });
 }
 
+TEST_F(Instrument, AFocusMirrorWithoutTheListOfPartsStaysAndNeverPassesItsEnd) {
+  ASSERT_NO_FATAL_FAILURE(Open({{"parts", {{"focusMirror", {{"totalSteps", 1000}}}}}}));
+  ASSERT_EQ(CorvaneSetFocusMirror(0, 900), CORVANE_SUCCESS);
+  const json refusal = {{"error", "E04"}};
+  const json nothing = {{"reply", "PERIPHERAL?\r\n\r\nOK\r"}};
+  const struct {
+    int question;  ///< for the travel, for the position, for the move
+    json fault;
+    int steps;
+    unsigned int status;
+  } cases[] = {{1, refusal, 50, CORVANE_P2_INVALID},
+               {2, refusal, 50, CORVANE_COMMUNICATION_ERROR},
+               {2, nothing, 500, CORVANE_COMMUNICATION_ERROR},
+               {3, refusal, 50, CORVANE_COMMUNICATION_ERROR}};
+  for (auto [question, fault, steps, status] : cases) {
+    fault.update({{"command", "PERIPHERAL?"}, {"occurrence", question}});
+    Lab().ArmReplyFault(fault);
+    EXPECT_EQ(CorvaneSetFocusMirror(0, steps), status) << fault;
+    ExpectReports({{CALL(CorvaneGetFocusMirror(d, &o.ints[0])), "900"}});
+  }
+}
+
+TEST_P(EveryModel, KeepsItsTurretWhenItRefusesTheNewOne) {
+  json turrets = json::array();
+  for (int t = 1; t <= 3; ++t) {
+    turrets.push_back({{"gratings", {{{"lines", 300 * t}, {"offset", 10 * t}}}}});
+  }
+  ASSERT_NO_FATAL_FAILURE(OpenModel({{"turrets", turrets}, {"record", {{"activeTurret", 2}}}}));
+  Lab().ArmReplyFault({{"command", GetParam().keepsTexts ? "TURRET" : "SAVEINFO"}, {"error", "E03"}});
+  EXPECT_EQ(CorvaneSetTurret(0, 3), CORVANE_COMMUNICATION_ERROR);
+  ExpectReports({{CALL(CorvaneGetTurret(d, &o.ints[0])), "2"},
+                 {CALL(CorvaneGetGratingOffset(d, 1, &o.ints[0])), "20"},
+                 {CALL(CorvaneSetTurret(d, 3)), ""},
+                 {CALL(CorvaneGetGratingOffset(d, 1, &o.ints[0])), "30"}});
+}
+
 /// A memory of such bytes behind a version that is read, if any.
 json Bytes(const std::string& version, const std::function<std::uint8_t(int address)>& byte) {
   std::vector<int> bytes;

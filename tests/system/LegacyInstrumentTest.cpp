@@ -348,43 +348,4 @@ TEST_F(LegacyInstrumentTest, PartsStandWhereTheyWereSent) {
   EXPECT_EQ(Lab().State()["port"], 0);
 }
 
-TEST_F(LegacyInstrumentTest, NumbersOutsideTheirLimitsReachNoPart) {
-  ASSERT_NO_FATAL_FAILURE(Open(json::object()));
-  const json before = Lab().State();
-  constexpr ExportedCall kCalls[] = {
-      CALL(CorvaneSetAutoSlitWidth(d, 5, 100.0F)),
-      CALL(CorvaneSetFlipperMirror(d, 0, 1)),
-      CALL(CorvaneSetFlipperMirror(d, 3, 1)),
-      CALL(CorvaneSetPort(d, -1)),
-      CALL(CorvaneSetPort(d, 2)),
-      CALL(CorvaneSetFilter(d, 0)),
-      CALL(CorvaneSetShutter(d, -1)),
-      CALL(CorvaneSetAccessory(d, 3, 1)),
-  };
-  for (const auto& [text, run] : kCalls) {
-    Outputs out;
-    EXPECT_EQ(run(0, out), CORVANE_P2_INVALID) << text;
-  }
-  EXPECT_EQ(Lab().State(), before);
-}
-
-TEST_F(LegacyInstrumentTest, ADeadBusEndsEveryCallAfterFewTransfersAndALivingOneWorksAgain) {
-  ASSERT_NO_FATAL_FAILURE(Open(json::object()));
-  Lab().Bus().ArmFault(1, 1, 20067);
-  for (const ExportedFunction& function : EveryDeviceFunction()) {
-    if (std::string(function.call.text).find("Offset") != std::string::npos) {
-      continue;  // the record in memory takes an offset even where the drive cannot follow
-    }
-    Outputs out;
-    const auto before = Lab().Bus().Operations();
-    StatusOf(function, out);
-    // A hundred polls of a motor, ten milliseconds each, and what comes before them.
-    EXPECT_LT(Lab().Bus().Operations() - before, 200U) << function.call.text;
-  }
-  EXPECT_EQ(CorvaneSetWavelength(0, 600.0F), CORVANE_COMMUNICATION_ERROR);
-  Lab().Bus().ArmFault(0, 0, 0);
-  EXPECT_EQ(CorvaneSetWavelength(0, 600.0F), CORVANE_SUCCESS);
-  ExpectStandsAt(600.0F, "after the bus came back");
-}
-
 }  // namespace
