@@ -183,12 +183,6 @@ TEST_F(Instrument, OpeningAsksForEachByteOfTheRecordOnceAndMovingByStepsForNone)
   EXPECT_NEAR(Lab().TrueCentre(), 550.0, 2e-3) << "within half a motor step";
 }
 
-TEST_F(Instrument, RecordsOfBytesTakeOffsetsWhenClosedAndTheTurretAtOnce) {
-  ASSERT_NO_FATAL_FAILURE(Open(json::object()));
-  EXPECT_EQ(LinesOf([] { return CorvaneSetGratingOffset(0, 1, 20000); }), "POSITION?;MOVETO 500.0000");
-  EXPECT_EQ(LinesOf([] { return CorvaneSetTurret(0, 3); }), "SAVEINFO 554,2");
-}
-
 /// The model, and whether its record asks for steps; an SX never makes them.
 class Drives : public Instrument, public testing::WithParamInterface<std::tuple<const char*, bool>> {
  protected:
@@ -335,14 +329,6 @@ TEST_F(Instrument, AnSxReportsWhatItHoldsAndFollowsItsOffsetsAtOnce) {
   // The record asks for the position anew, and so does whoever changed it.
   EXPECT_TRUE(lines.ends_with("CONFIG_SYSTEM_DATA 70,0;POSITION?;MOVETO 500.0000;POSITION?;MOVETO 500.0000")) << lines;
   EXPECT_EQ(LinesOf([] { return CorvaneSetTurret(0, 1); }), "TURRET 1");
-}
-
-TEST_F(Instrument, AnSxOnATurretThatItsRecordDoesNotListHasNoStartsAndOffsets) {
-  ASSERT_NO_FATAL_FAILURE(Open({{"model", "SX"}, {"turrets", TurretsJson(2)}, {"record", {{"activeTurret", 99}}}}));
-  ExpectReports({
-      {CALL(CorvaneGetGratingInfo(d, 1, &o.floats[0], o.text.data(), &o.ints[0], &o.ints[1])), "1200,0,0,H-NI"},
-      {CALL(CorvaneGetTurret(d, &o.ints[0])), "100"},  // one more than the controller says, since 99 is kept as it is
-  });
 }
 
 TEST_F(Instrument, AFocusMirrorWithoutTheListOfPartsStaysAndNeverPassesItsEnd) {
