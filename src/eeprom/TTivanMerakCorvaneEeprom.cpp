@@ -201,8 +201,8 @@ float TTivanMerakCorvaneEeprom::GetCurrentWavelength() {
 }
 
 MerakResult TTivanMerakCorvaneEeprom::SetCurrentWavelength(float wavelength) {
-  SetKnown(&Values().currentWavelength);
-  if (BinaryFloatCompare(wavelength, Values().currentWavelength) &&
+  const bool wasUnread = SetKnown(&Values().currentWavelength);
+  if (!wasUnread && BinaryFloatCompare(wavelength, Values().currentWavelength) &&
       mUnsaved.count(corvane::kFieldCurrentWavelength) == 0) {
     return merak::kSuccess;
   }

@@ -54,8 +54,7 @@ bool TTivanMerakEeprom::Note(MerakResult result) {
 }
 
 MerakResult TTivanMerakEeprom::Store(int& held, int value) {
-  SetKnown(&held);
-  if (held != value) {
+  if (SetKnown(&held) || held != value) {
     held = value;
     mDirty = true;
   }
@@ -63,8 +62,7 @@ MerakResult TTivanMerakEeprom::Store(int& held, int value) {
 }
 
 MerakResult TTivanMerakEeprom::Store(float& held, float value) {
-  SetKnown(&held);
-  if (!BinaryFloatCompare(held, value)) {
+  if (SetKnown(&held) || !BinaryFloatCompare(held, value)) {
     held = value;
     mDirty = true;
   }
@@ -80,8 +78,7 @@ MerakResult TTivanMerakEeprom::Store(std::string& held, std::string_view text, s
   if (!CanStore(kept)) {
     return merak::kInvalidParameter;
   }
-  SetKnown(&held);
-  if (UpToTerminator(held) != kept) {
+  if (SetKnown(&held) || UpToTerminator(held) != kept) {
     held = kept;
     mDirty = true;
   }
@@ -247,7 +244,7 @@ MerakResult TTivanMerakEeprom::SetGratingOffset(int turret, int grating, int off
     return kOutOfRange;
   }
   int& held = mRecord.gratingOffset[Index(turret)][Index(grating)];
-  const bool changes = held != offset;
+  const bool changes = IsUnread(&held) || held != offset;
   Store(held, offset);
   return changes ? WriteOffsets() : merak::kSuccess;
 }

@@ -161,7 +161,8 @@ class TTivanMerakEeprom {
   // in their place is a default or a part, which must not go over the instrument's own data.
   void SetUnread(const void* value) { mUnread.insert(value); }
   /// The value held is the instrument's or a caller's.
-  void SetKnown(const void* value) { mUnread.erase(value); }
+  /// True when it was not known before: what is held of it is then nobody's value, to which nothing compares equal.
+  bool SetKnown(const void* value) { return mUnread.erase(value) != 0; }
   void SetAllKnown() { mUnread.clear(); }
   bool IsUnread(const void* value) const { return mUnread.count(value) != 0; }
 

@@ -212,6 +212,14 @@ TEST_F(ReadRecord, ValueThatWasNotReadIsWrittenOnceASetterStoresIt) {
   EXPECT_EQ(mImage.TextAt(kSerialNumber, 10), std::string("CV-0042\0xy", 10)) << "not set, not written";
 }
 
+TEST_F(ReadRecord, ValueThatWasNotReadIsWrittenAlsoWhenItEqualsWhatWasAssumed) {
+  const float assumed = mRecord.GetFocalLength();
+  mImage.FailAt({kFocalLength});
+  mRecord.Read();
+  mRecord.SetFocalLength(assumed);
+  EXPECT_TRUE(mRecord.IsDirty());
+}
+
 TEST_F(ReadRecord, ValueThatGoesToTheInstrumentAtOnceIsWrittenWithTheRecordFromThenOn) {
   const int addresses[] = {kFocalLength, kPlaneTilt, kCurrentWavelength, kActiveTurret};
   Record record(mImage);
