@@ -33,10 +33,13 @@ void TCorvaneMerakFocusMirror::SetMirrorFocus(int steps) {
       throw TCorvaneException(merak::kIoError);
     }
     corvane::RunBusy(mAborter, *this, [&] { return mController.SetMirrorFocus(steps); });
+  } else if (mPositionRead) {
+    throw TCorvaneException(merak::kIoError);
   }
 }
 
 int TCorvaneMerakFocusMirror::GetMirrorFocus() {
+  mPositionRead = false;
   if (mMetSilence == Asked::kTravel && mController.IsSilent()) {
     mMetSilence = Asked::kPosition;
     mPositionUnknown = true;
@@ -46,7 +49,9 @@ int TCorvaneMerakFocusMirror::GetMirrorFocus() {
   if (mPositionUnknown) {
     return 0;
   }
-  return corvane::ReadNumber(mAborter, [this](int& given) { return mController.GetMirrorFocus(given); });
+  const int position = corvane::ReadNumber(mAborter, [this](int& given) { return mController.GetMirrorFocus(given); });
+  mPositionRead = true;
+  return position;
 }
 
 int TCorvaneMerakFocusMirror::GetFocusMirrorMaxSteps() {

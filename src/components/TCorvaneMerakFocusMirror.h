@@ -19,7 +19,8 @@ class TCorvaneMerakFocusMirror final : public ISpectrographFocusMirror {
   bool IsPresent() override;
   /// "MOVE_FOCUS", a relative move; 0 steps send nothing. Busy meanwhile. Without a mirror nothing. Throws when the
   /// list cannot be had, and kIoError when it shows a mirror now that it did not show as the position was asked for
-  /// last: a caller that reckoned with that 0 would drive the mirror past its end.
+  /// last: a caller that reckoned with that 0 would drive the mirror past its end. kIoError as well when the list shows no
+  /// mirror now whose position could be read before.
   void SetMirrorFocus(int steps) override;
   /// "FOCUS?". 0 without a word right behind a question for the travel that met silence.
   int GetMirrorFocus() override;
@@ -42,6 +43,7 @@ class TCorvaneMerakFocusMirror final : public ISpectrographFocusMirror {
 
   TMerakOrbis& mController;
   bool mPositionUnknown = false;
+  bool mPositionRead = false;
   Asked mMetSilence = Asked::kNothing;
   TCVNAcquisitionAborter mAborter{false};
 };

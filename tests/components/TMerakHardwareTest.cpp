@@ -203,6 +203,12 @@ TEST_F(MerakParts, APartThatIsNotFittedIsNotBusy) {
   EXPECT_EQ(log.Take(), Lines{});
 }
 
+TEST_F(MerakParts, NoFocusMoveIsLostWithTheMirrorFromTheList) {
+  focus.GetMirrorFocus();
+  mInstrument.values["PERIPHERAL"] = "";
+  EXPECT_THROW(focus.SetMirrorFocus(1), TCorvaneException);
+}
+
 TEST_F(MerakParts, ASlitTakesItsModeWithoutBeingBusyAndThereIsNoFifth) {
   BusyLog log(SlitAt(2));
   SlitAt(2).SetSlitMode("FAST");
