@@ -59,6 +59,22 @@ std::uint16_t ControlPath::IndexOf(const VendorRow& row, unsigned index) const {
   return static_cast<std::uint16_t>(index | (row.portInIndex ? mPort : 0U));
 }
 
+// Takes a transfer off the list of those under way, whatever ends it.
+class ControlPath::Listed {
+ public:
+  Listed(const ControlPath& path, AwaitedTransfer& transfer) : mPath(path), mTransfer(transfer) {}
+  ~Listed() {
+    const std::lock_guard lock(mPath.mMutex);
+    std::erase(mPath.mUnderWay, &mTransfer);
+  }
+  Listed(const Listed&) = delete;
+  Listed& operator=(const Listed&) = delete;
+
+ private:
+  const ControlPath& mPath;
+  AwaitedTransfer& mTransfer;
+};
+
 // The length of the data stage that was transferred, or libusb's error.
 int ControlPath::Transfer(std::uint8_t request, std::uint16_t value, std::uint16_t index,
                           std::span<std::uint8_t> buffer, std::uint8_t type, DWORD timeout) const try {
@@ -70,9 +86,8 @@ int ControlPath::Transfer(std::uint8_t request, std::uint16_t value, std::uint16
     }
     mUnderWay.push_back(&transfer);
   }
+  const Listed listed(*this, transfer);
   const auto outcome = transfer.Control({type, request, value, index}, buffer, std::chrono::milliseconds(timeout));
-  const std::lock_guard lock(mMutex);
-  std::erase(mUnderWay, &transfer);
   return outcome.status == LIBUSB_SUCCESS ? static_cast<int>(outcome.moved) : outcome.status;
 } catch (const std::bad_alloc&) {
   return LIBUSB_ERROR_NO_MEM;

@@ -51,6 +51,8 @@ class ControlPath {
   bool DividesByEveryEighth() const { return mFastClock || mLaterChip; }
 
  private:
+  class Listed;
+
   int Transfer(std::uint8_t request, std::uint16_t value, std::uint16_t index, std::span<std::uint8_t> buffer,
                std::uint8_t type, DWORD timeout) const;
   std::uint16_t IndexOf(const VendorRow& row, unsigned index) const;
