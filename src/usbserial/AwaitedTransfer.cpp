@@ -143,7 +143,7 @@ bool AwaitedTransfer::AwaitCompletion(TimePoint overdue) {
     const bool pumped = pump.Step(&mRequest->done);
     const std::lock_guard lock(mRequest->mutex);
     const auto now = steady_clock::now();
-    if (!failed && (mCancelled || !pumped || now >= overdue)) {
+    if (!failed && (mCancelled || mHeld || !pumped || now >= overdue)) {
       failed = true;
       giveUp = now + kReapLimit;
       libusb_cancel_transfer(mRequest->transfer.get());
