@@ -24,6 +24,7 @@ constexpr std::uint8_t kInterfaceType = 4;
 constexpr std::uint8_t kEndpointType = 5;
 constexpr std::uint8_t kBulk = 2;
 constexpr std::uint16_t kEnglish = 0x0409;
+constexpr std::uint16_t kGerman = 0x0407;
 constexpr std::size_t kLongestString = 126;
 
 // Vendor requests, and words in them.
@@ -320,7 +321,9 @@ int BridgeChip::StandardRequest(const Request& request, std::span<std::uint8_t> 
       return index == 0 ? Answer(data, ConfigurationDescriptor()) : -EPIPE;
     case kStringType:
       if (index == 0) {
-        return Answer(data, std::vector<std::uint8_t>{4, kStringType, Low(kEnglish), High(kEnglish)});
+        // More languages than a host that wants one asks for.
+        return Answer(data, std::vector<std::uint8_t>{6, kStringType, Low(kEnglish), High(kEnglish), Low(kGerman),
+                                                      High(kGerman)});
       }
       return index <= std::size(texts) && !texts[index - 1]->empty() ? Answer(data, StringDescriptor(*texts[index - 1]))
                                                                      : -EPIPE;

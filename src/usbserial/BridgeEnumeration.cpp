@@ -70,11 +70,13 @@ class StringReader {
     const auto outcome = mTransfer.Control({LIBUSB_ENDPOINT_IN, LIBUSB_REQUEST_GET_DESCRIPTOR, value, language},
                                            std::span(bytes).first(length), kTextTimeout);
     Units units;
-    if (outcome.status != LIBUSB_SUCCESS || outcome.moved < kDescriptorHeader || bytes[0] > outcome.moved ||
+    // A device may have more languages than were asked for.
+    const std::size_t size = std::min<std::size_t>(bytes[0], length);
+    if (outcome.status != LIBUSB_SUCCESS || outcome.moved < kDescriptorHeader || size > outcome.moved ||
         bytes[1] != LIBUSB_DT_STRING) {
       return units;
     }
-    for (std::size_t at = kDescriptorHeader; at + 1 < bytes[0]; at += 2) {
+    for (std::size_t at = kDescriptorHeader; at + 1 < size; at += 2) {
       units.push_back(static_cast<std::uint16_t>(bytes[at] | bytes[at + 1] << 8));
     }
     return units;
