@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "FakeSpectrograph.h"
 #include "InTurns.h"
 #include "calibration/TCalibration.h"
 #include "camera/TGlobalControl.h"
 #include "components/TMerakHardware.h"
 #include "controller/TTivanOnly_MerakOrbis.h"
 #include "platform/TimeSource.h"
-#include "support/FakeSpectrograph.h"
 #include "support/TemporaryDirectory.h"
 
 namespace {

@@ -405,7 +405,7 @@ TEST(EECorvDataFile, ResolvesPaths) {
   EXPECT_EQ(path, std::string(500, 'a'));
 }
 
-TEST(EECorvDataConversions, TakesWavelengthsToSteps) {
+TEST(EECorvDataSteps, TakesWavelengthsToSteps) {
   EECorvData record(nullptr, false);
   Values& values = record.values;
   values.polynomial = {1e-15F, -2e-12F, 3e-9F, 0.0005F, 0.001F};
@@ -441,7 +441,7 @@ TEST(EECorvDataConversions, TakesWavelengthsToSteps) {
   EXPECT_EQ(record.ConvertWaveToSteps(500.0F, 1, 0), EECorvData::kOutOfReach);
 }
 
-TEST(EECorvDataConversions, ActualWavelengthIsTheCentreOfAStepsBand) {
+TEST(EECorvDataSteps, ActualWavelengthIsTheCentreOfAStepsBand) {
   EECorvData record(nullptr, false);
   record.values.polynomial[3] = 1.0F / 2400.0F;
   record.values.turrets[0].gratings[0].lines = 12.0F;  // steps of 3.14 nm
@@ -451,7 +451,7 @@ TEST(EECorvDataConversions, ActualWavelengthIsTheCentreOfAStepsBand) {
   EXPECT_EQ(record.GetActualWavelength(0.0F, 1, 0), 0.0F);
 }
 
-TEST(EECorvDataConversions, TakesSlitWidthsToSteps) {
+TEST(EECorvDataSteps, TakesSlitWidthsToSteps) {
   EECorvData record(nullptr, false);
   EXPECT_EQ(record.ConvertSlitToSteps(0, 10.0F), -80);
   EXPECT_EQ(record.ConvertSlitToSteps(1, 2200.0F), 800);

@@ -37,9 +37,6 @@ std::string ScriptedController::Reply(const std::string& line, const std::string
 
 std::string ScriptedController::operator()(const std::string& line) {
   mState->lines.push_back(line);
-  if (mState->silent) {
-    return {};
-  }
   if (const auto answer = mState->answers.find(line); answer != mState->answers.end()) {
     return answer->second;
   }

@@ -27,8 +27,6 @@ class ScriptedController {
   void SetValue(const std::string& query, const std::string& value) { mState->values[query] = value; }
   /// The bytes to answer a line with, whatever it is; "" for silence.
   void SetAnswer(const std::string& line, const std::string& bytes) { mState->answers[line] = bytes; }
-  /// Answers nothing at all from now on.
-  void FallSilent() { mState->silent = true; }
   /// Lines received, oldest first.
   std::vector<std::string>& Lines() { return mState->lines; }
 
@@ -40,7 +38,6 @@ class ScriptedController {
     std::map<std::string, std::string> values;
     std::map<std::string, std::string> answers;
     std::vector<std::string> lines;
-    bool silent = false;
   };
   std::shared_ptr<State> mState;
 };
