@@ -18,9 +18,9 @@ class TCorvaneMerakFocusMirror final : public ISpectrographFocusMirror {
   /// A name in the controller's peripheral list contains "FOC"; false when the list cannot be had.
   bool IsPresent() override;
   /// "MOVE_FOCUS", a relative move; 0 steps send nothing. Busy meanwhile. Without a mirror nothing. Throws when the
-  /// list cannot be had, and kIoError when it shows a mirror now that it did not show as the position was asked for
-  /// last: a caller that reckoned with that 0 would drive the mirror past its end. kIoError as well when the list shows no
-  /// mirror now whose position could be read before.
+  /// list cannot be had, and kIoError when it shows a mirror that it did not show as the position was asked for last (a
+  /// caller that reckoned with that 0 would drive the mirror past its end), or shows none where a position could be
+  /// read.
   void SetMirrorFocus(int steps) override;
   /// "FOCUS?". 0 without a word right behind a question for the travel that met silence.
   int GetMirrorFocus() override;
