@@ -23,8 +23,9 @@ class BulkOut {
       : mTransfer(context, handle), mHandle(handle), mEndpoint(endpoint) {}
 
   /// Sends the bytes within the time-out (0: none) and answers how many the device took: fewer than given when it
-  /// failed, the time was over or Cancel was called. Ends two seconds after the time-out at the latest, and sends
-  /// nothing any more once a transfer has not come back by then.
+  /// failed, the time was over or Cancel was called. Ends two seconds after the time-out at the latest (and after the
+  /// system's own five for a stalled endpoint that cannot be cleared), and sends nothing any more once a transfer has
+  /// not come back by then.
   Sent Send(std::span<const std::uint8_t> bytes, std::chrono::milliseconds timeout);
 
   /// Ends a Send under way in another thread, and every later one at once.

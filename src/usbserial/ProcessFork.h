@@ -6,8 +6,9 @@
 
 namespace corvane {
 
-/// Held over the calls of libusb that take locks of the whole process, by which fork() waits for their end: the child
-/// takes these locks again when it opens devices of its own.
+/// Held over our calls of libusb that take locks of the whole process, by which fork() waits for their end: the child
+/// takes these locks again when it opens devices of its own. What libusb's own thread takes as something is plugged is
+/// out of reach.
 std::mutex& ForkMutex();
 
 /// From now on calls `begin` in every child of a fork(), before anything else of this library runs there.

@@ -12,12 +12,14 @@
 // - pthread_cancel ends a thread that waits in FT_Read or FT_WaitOnMask, also by way of FT_W32_ReadFile and
 //   FT_W32_WaitCommEvent; in every other function it takes effect after the call.
 // - After fork() the child is as a process that has called nothing yet: the parent's handles name no device there (1),
-//   nothing is sent on the parent's devices, and it opens devices of its own. The parent goes on as before.
+//   nothing is sent on the parent's devices, and it opens devices of its own. What cannot be undone: libusb's watch
+//   over plugging is one for both, so only one of them should list devices after something was plugged, and nothing
+//   should be plugged or pulled during fork() itself; and the child keeps the parent's descriptors until it ends.
 // - Times are milliseconds.
 // - "Request n" is a vendor control request on endpoint 0; "port" is its index word: 0 for a chip of one channel, the
 //   channel counted from 1 for a chip of several.
 //   The functions that send one answer 0; 1; 4 when the request failed, timed out, or was ended by a close;
-//   6 when an output is null. An output is written only on 0.
+//   6 when an output is null. An output is written only on 0 (the buffer of FT_VendorRequest also in part).
 // - The settings of a line are remembered as they are made, not asked of the chip.
 #pragma once
 
@@ -278,8 +280,8 @@ CORVANE_FT_API FT_STATUS FT_GetLibraryVersion(LPDWORD version);
 /// (from a kernel serial driver too, where the system allows it), sends a reset (request 0, which reaches the first
 /// channel of a chip; to a later one instead request 0 with the values 1 and 2 and its port, which empty its buffers),
 /// 9600 baud (request 3), 8 data bits, no parity, 1 stop bit (request 4), no flow control (request 2), whose failures
-/// are ignored, and starts reading. After a request
-/// that timed out (5 s) the others get half a second each. The latency timer stays as it is. Time-outs are 0 until
+/// are ignored, and starts reading. After a request that timed out (5 s) the others get half a second each. The
+/// latency timer stays as it is. Time-outs are 0 until
 /// FT_SetTimeouts. 0 and *handle; 2 no such device, or it vanished; 3 already open, no access, or held by another
 /// driver; 4 it lacks its bulk endpoints; 5 no memory or no thread; 6 null pointer; 18 libusb does not start. *handle
 /// is written only on 0.
@@ -301,8 +303,8 @@ CORVANE_FT_API FT_STATUS FT_Close(FT_HANDLE handle);
 /// Takes count bytes out of the receive buffer, waiting for them until the read time-out (0: without limit). *received
 /// is the number of bytes taken; fewer than count, possibly none, after the time-out, which is no failure.
 /// 0; 1; 4 the device is gone or was closed, even if bytes were waiting; 6 null buffer or received. That the device is
-/// gone shows at the next request to it: while the receive buffer is full none is made, so what was received may be
-/// read first, and 4 follows.
+/// gone shows at the next request to it: while the receive buffer is full none is made, so reads go on until there is
+/// room for one, and 4 follows, whatever is left in the buffer.
 /// While it waits it polls: every microsecond for 20 ms without new data, then at intervals of a twentieth of the time
 /// without new data, 10 ms at most, and whenever data come.
 CORVANE_FT_API FT_STATUS FT_Read(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD received);
@@ -317,7 +319,7 @@ CORVANE_FT_API FT_STATUS FT_Write(FT_HANDLE handle, LPVOID buffer, DWORD count, 
 CORVANE_FT_API FT_STATUS FT_WriteSingleThread(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD written);
 CORVANE_FT_API FT_STATUS FT_WriteMultiThread(FT_HANDLE handle, LPVOID buffer, DWORD count, LPDWORD written);
 
-/// Sets both time-outs in milliseconds, 0 for none. 0; 1.
+/// Sets both time-outs in milliseconds, 0 for none, for the calls made from now on. 0; 1.
 CORVANE_FT_API FT_STATUS FT_SetTimeouts(FT_HANDLE handle, DWORD readTimeout, DWORD writeTimeout);
 
 /// FT_PURGE_RX empties the chip's receive buffer (request 0, value 1, port, sent six times), then this side's: received
@@ -325,7 +327,8 @@ CORVANE_FT_API FT_STATUS FT_SetTimeouts(FT_HANDLE handle, DWORD readTimeout, DWO
 /// Other bits are ignored: a mask without these two does nothing and keeps received bytes. 0; 1; 4 a request failed.
 CORVANE_FT_API FT_STATUS FT_Purge(FT_HANDLE handle, DWORD mask);
 
-/// The number of bytes that FT_Read can take at once. 0; 1; 6.
+/// The number of bytes that FT_Read can take at once, while the device is there: an unplug leaves the number as it is,
+/// and FT_Read tells of it. 0; 1; 6.
 CORVANE_FT_API FT_STATUS FT_GetQueueStatus(FT_HANDLE handle, LPDWORD available);
 
 /// The same as FT_GetQueueStatus.
