@@ -41,6 +41,9 @@ class HostProgram : public testing::Test {
 };
 
 TEST_F(HostProgram, ACancelledThreadEndsItsCallsFirst) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "a cancelled thread leaves its frames marked, and the sanitizer's own end of the thread runs on them";
+#endif
   struct Work {
     char* directory;
     std::vector<unsigned int> statuses;
